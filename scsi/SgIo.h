@@ -1,0 +1,39 @@
+// The SG_IO request of the pass-through transport as pure functions: what is sent for a
+// command, and how the kernel's answer becomes a status and three sense bytes.
+#pragma once
+
+#include <scsi/sg.h>
+
+#include <array>
+#include <cstdint>
+#include <span>
+
+namespace plattmix::scsi {
+
+// Sense bytes asked for: the record's sense area minus four, one short of what fits (kept).
+inline constexpr uint8_t kSptiSenseLength = 31;
+
+struct SgIoRequest {
+    sg_io_hdr_t header{};
+    std::array<uint8_t, 16> cdb{};
+    std::array<uint8_t, 32> sense{};
+};
+
+// Fills the request; cdb and sense pointers of the header point into the request itself, so
+// it must not be copied after this call.
+void BuildSgIoRequest(SgIoRequest& request, std::span<const uint8_t> cdb, uint8_t cdblen,
+                      int32_t direction, uint8_t* buffer, int32_t bufferLen, int16_t timeOut);
+
+struct SgIoResult {
+    int32_t status = 0;
+    uint8_t senseKey = 0;  // the whole byte, flag bits included
+    uint8_t asc = 0;
+    uint8_t ascq = 0;
+};
+
+// ioctlResult is the ioctl's return value. Fixed-format sense is read at bytes 2, 12 and 13;
+// descriptor-format sense is read where that format keeps the same three values.
+SgIoResult InterpretSgIo(const sg_io_hdr_t& header, std::span<const uint8_t> sense,
+                         int ioctlResult);
+
+}  // namespace plattmix::scsi

@@ -1,0 +1,76 @@
+// The MMC command blocks the program sends, as pure builders, the functions that send them
+// through a transport, and the parsers of their replies.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "ISCSI.h"
+
+namespace plattmix::modMMC {
+
+inline constexpr int16_t kCommandTimeOut = 5;  // seconds, for every command below
+inline constexpr int kInquiryLength = 76;
+inline constexpr int kTocReplyLength = 804;
+inline constexpr int kTocMaxDescriptors = 100;
+inline constexpr uint8_t kLeadOutTrack = 0xAA;
+
+using Cdb6 = std::array<uint8_t, 6>;
+using Cdb10 = std::array<uint8_t, 10>;
+using Cdb12 = std::array<uint8_t, 12>;
+
+// Builders: the exact bytes of each command block.
+Cdb6 BuildTestUnitReady();
+Cdb6 BuildInquiry();
+Cdb10 BuildReadTOC(bool msf);
+// READ TOC/PMA/ATIP with another format (1 session info, 2 full TOC) and allocation length.
+Cdb10 BuildReadTOCFormat(bool msf, uint8_t format, uint8_t track, uint16_t allocation);
+Cdb10 BuildRead10(uint32_t lba, uint16_t blocks);
+// READ CD is a 12-byte command; the program sends its first ten bytes only.
+Cdb10 BuildReadCD(uint32_t lba, uint32_t blocks, uint8_t flags);
+Cdb6 BuildStartStopUnit(bool loadEject, bool start);
+Cdb10 BuildGetEventStatus(uint8_t classes, uint16_t allocation);
+Cdb10 BuildReadCapacity();
+
+// Senders: each returns the transport's status unchanged.
+int32_t TestUnitReady(scsi::ISCSI& transport, std::string& Handle);
+int32_t Inquiry(scsi::ISCSI& transport, std::string& Handle,
+                std::array<uint8_t, kInquiryLength>& reply);
+int32_t ReadTOC(scsi::ISCSI& transport, std::string& Handle, bool msf,
+                std::array<uint8_t, kTocReplyLength>& reply);
+int32_t Read10(scsi::ISCSI& transport, std::string& Handle, uint32_t lba, uint16_t blocks,
+               std::span<uint8_t> buffer);
+int32_t ReadCD(scsi::ISCSI& transport, std::string& Handle, uint32_t lba, uint32_t blocks,
+               std::span<uint8_t> buffer, uint8_t flags);
+int32_t StartStopUnit(scsi::ISCSI& transport, std::string& Handle, bool loadEject, bool start);
+
+// Replies.
+struct InquiryIdent {
+    std::string vendor;    // bytes 8..15
+    std::string product;   // bytes 16..31
+    std::string revision;  // bytes 32..35
+};
+InquiryIdent ParseInquiry(std::span<const uint8_t> reply);
+// The 28 identification characters as the drive list shows them: padding kept, NULs removed.
+std::string InquiryIdentText(std::span<const uint8_t> reply);
+
+struct TocDescriptor {
+    uint8_t adrControl = 0;  // ADR high nibble, control low nibble
+    uint8_t track = 0;
+    std::array<uint8_t, 4> address{};  // reserved/M/S/F or big-endian LBA
+};
+struct Toc {
+    uint16_t dataLength = 0;
+    uint8_t firstTrack = 0;
+    uint8_t lastTrack = 0;
+    std::vector<TocDescriptor> descriptors;  // tracks in order, then the lead-out
+};
+// Reads the header and as many descriptors as the data length announces and the reply holds
+// (at most 100). Nothing when the reply is shorter than the header.
+std::optional<Toc> ParseTOC(std::span<const uint8_t> reply);
+
+}  // namespace plattmix::modMMC
