@@ -9,7 +9,7 @@
 namespace plattmix::scsi {
 
 class ISCSI {
-public:
+  public:
     virtual ~ISCSI() = default;
 
     // The members in the interface's order.

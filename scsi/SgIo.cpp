@@ -33,8 +33,8 @@ void BuildSgIoRequest(SgIoRequest& request, std::span<const uint8_t> cdb, uint8_
         h.dxfer_direction = direction == 0 ? SG_DXFER_FROM_DEV : SG_DXFER_TO_DEV;
     }
     // Seconds, sign-extended; a negative value means "as long as the kernel allows".
-    h.timeout = timeOut < 0 ? std::numeric_limits<unsigned>::max()
-                            : static_cast<unsigned>(timeOut) * 1000u;
+    h.timeout =
+        timeOut < 0 ? std::numeric_limits<unsigned>::max() : static_cast<unsigned>(timeOut) * 1000u;
 }
 
 SgIoResult InterpretSgIo(const sg_io_hdr_t& header, std::span<const uint8_t> sense,
@@ -46,17 +46,24 @@ SgIoResult InterpretSgIo(const sg_io_hdr_t& header, std::span<const uint8_t> sen
     result.status = completed ? header.status : kStatusNotDelivered;
 
     const size_t written = ioctlResult >= 0 ? std::min<size_t>(header.sb_len_wr, sense.size()) : 0;
-    if (written == 0) return result;
+    if (written == 0)
+        return result;
     const uint8_t responseCode = sense[0] & 0x7F;
     if (responseCode == 0x72 || responseCode == 0x73) {
         // Descriptor format: key in byte 1, ASC and ASCQ in bytes 2 and 3.
-        if (written > 1) result.senseKey = sense[1];
-        if (written > 2) result.asc = sense[2];
-        if (written > 3) result.ascq = sense[3];
+        if (written > 1)
+            result.senseKey = sense[1];
+        if (written > 2)
+            result.asc = sense[2];
+        if (written > 3)
+            result.ascq = sense[3];
     } else {
-        if (written > kSenseKeyByte) result.senseKey = sense[kSenseKeyByte];
-        if (written > kSenseAscByte) result.asc = sense[kSenseAscByte];
-        if (written > kSenseAscqByte) result.ascq = sense[kSenseAscqByte];
+        if (written > kSenseKeyByte)
+            result.senseKey = sense[kSenseKeyByte];
+        if (written > kSenseAscByte)
+            result.asc = sense[kSenseAscByte];
+        if (written > kSenseAscqByte)
+            result.ascq = sense[kSenseAscqByte];
     }
     return result;
 }

@@ -12,7 +12,7 @@
 namespace plattmix::scsi {
 
 class clsSPTI final : public ISCSI {
-public:
+  public:
     // The two folders can be moved for tests; the defaults are the real system's.
     explicit clsSPTI(std::string sysClassBlock = "/sys/class/block", std::string devDir = "/dev");
     ~clsSPTI() override;
@@ -35,7 +35,7 @@ public:
                     int32_t& direction, uint8_t* Buffer, int32_t BufferLen,
                     int16_t& TimeOut) override;
 
-private:
+  private:
     struct Address {
         uint8_t host = 0, channel = 0, target = 0, lun = 0;
     };

@@ -40,7 +40,9 @@ int32_t Send(scsi::ISCSI& transport, std::string& Handle, const std::array<uint8
 
 }  // namespace
 
-Cdb6 BuildTestUnitReady() { return Cdb6{}; }
+Cdb6 BuildTestUnitReady() {
+    return Cdb6{};
+}
 
 Cdb6 BuildInquiry() {
     Cdb6 cdb{};
@@ -49,7 +51,9 @@ Cdb6 BuildInquiry() {
     return cdb;
 }
 
-Cdb10 BuildReadTOC(bool msf) { return BuildReadTOCFormat(msf, 0, 0, kTocReplyLength); }
+Cdb10 BuildReadTOC(bool msf) {
+    return BuildReadTOCFormat(msf, 0, 0, kTocReplyLength);
+}
 
 Cdb10 BuildReadTOCFormat(bool msf, uint8_t format, uint8_t track, uint16_t allocation) {
     Cdb10 cdb{};
@@ -134,7 +138,8 @@ namespace {
 std::string Field(std::span<const uint8_t> reply, size_t from, size_t length) {
     std::string text;
     for (size_t i = from; i < from + length && i < reply.size(); ++i) {
-        if (reply[i] != 0) text.push_back(static_cast<char>(reply[i]));
+        if (reply[i] != 0)
+            text.push_back(static_cast<char>(reply[i]));
     }
     return text;
 }
@@ -150,7 +155,8 @@ std::string InquiryIdentText(std::span<const uint8_t> reply) {
 }
 
 std::optional<Toc> ParseTOC(std::span<const uint8_t> reply) {
-    if (reply.size() < 4) return std::nullopt;
+    if (reply.size() < 4)
+        return std::nullopt;
     Toc toc;
     toc.dataLength = static_cast<uint16_t>((reply[0] << 8) | reply[1]);
     toc.firstTrack = reply[2];

@@ -1,0 +1,80 @@
+#include "SgIo.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "ScsiStatus.h"
+
+using namespace plattmix::scsi;
+
+TEST(SgIo, RequestCarriesCdbLengthDirectionAndTimeOut) {
+    const std::vector<uint8_t> readCd = {0xBE, 0, 0, 0, 0, 0, 0, 0, 0x1B, 0x10, 0xEE, 0xEE};
+    std::vector<uint8_t> buffer(27 * 2352);
+    SgIoRequest r;
+    BuildSgIoRequest(r, readCd, 10, 0, buffer.data(), static_cast<int32_t>(buffer.size()), 5);
+    EXPECT_EQ(r.header.interface_id, 'S');
+    EXPECT_EQ(r.header.cmd_len, 10);
+    EXPECT_EQ(r.cdb[9], 0x10);
+    EXPECT_EQ(r.cdb[10], 0);  // bytes beyond cdblen are never sent
+    EXPECT_EQ(r.cdb[11], 0);
+    EXPECT_EQ(r.header.dxfer_direction, SG_DXFER_FROM_DEV);
+    EXPECT_EQ(r.header.dxfer_len, 27u * 2352u);
+    EXPECT_EQ(r.header.timeout, 5000u);
+    EXPECT_EQ(r.header.mx_sb_len, 31);
+    EXPECT_EQ(r.header.cmdp, r.cdb.data());
+    EXPECT_EQ(r.header.sbp, r.sense.data());
+
+    for (int32_t direction : {1, 16, -1}) {
+        BuildSgIoRequest(r, readCd, 10, direction, buffer.data(), 2048, 10800);
+        EXPECT_EQ(r.header.dxfer_direction, SG_DXFER_TO_DEV) << direction;
+        EXPECT_EQ(r.header.timeout, 10800000u);
+    }
+    BuildSgIoRequest(r, std::vector<uint8_t>(6, 0), 6, 0, nullptr, 0, 5);
+    EXPECT_EQ(r.header.dxfer_direction, SG_DXFER_NONE);
+}
+
+TEST(SgIo, StatusAndSenseFromTheKernelsAnswer) {
+    std::array<uint8_t, 32> sense{};
+    sg_io_hdr_t h{};
+
+    // Good.
+    EXPECT_EQ(InterpretSgIo(h, sense, 0).status, kStatusGood);
+
+    // CHECK CONDITION with fixed-format sense; the key byte is kept whole.
+    sense[0] = 0x70;
+    sense[2] = 0x22;  // ILI flag set, key 2
+    sense[12] = 0x3A;
+    sense[13] = 0x02;
+    h.status = 2;
+    h.driver_status = 0x08;  // "sense available"
+    h.sb_len_wr = 18;
+    auto r = InterpretSgIo(h, sense, 0);
+    EXPECT_EQ(r.status, kStatusCheckCondition);
+    EXPECT_EQ(r.senseKey, 0x22);
+    EXPECT_EQ(r.asc, 0x3A);
+    EXPECT_EQ(r.ascq, 0x02);
+
+    // No sense returned: all three are 0 even if the buffer holds old bytes.
+    h.sb_len_wr = 0;
+    r = InterpretSgIo(h, sense, 0);
+    EXPECT_EQ(r.senseKey, 0);
+    EXPECT_EQ(r.asc, 0);
+
+    // Descriptor-format sense.
+    std::array<uint8_t, 32> desc{0x72, 0x06, 0x28, 0x00};
+    h.sb_len_wr = 8;
+    r = InterpretSgIo(h, desc, 0);
+    EXPECT_EQ(r.senseKey, 6);
+    EXPECT_EQ(r.asc, 0x28);
+
+    // Not completed: the ioctl failed, the adapter timed out, the driver failed.
+    h = sg_io_hdr_t{};
+    EXPECT_EQ(InterpretSgIo(h, sense, -1).status, kStatusNotDelivered);
+    EXPECT_EQ(InterpretSgIo(h, sense, -1).senseKey, 0);
+    h.host_status = 3;  // time-out
+    EXPECT_EQ(InterpretSgIo(h, sense, 0).status, kStatusNotDelivered);
+    h.host_status = 0;
+    h.driver_status = 0x06;  // driver time-out
+    EXPECT_EQ(InterpretSgIo(h, sense, 0).status, kStatusNotDelivered);
+}

@@ -1,0 +1,121 @@
+// The pass-through transport against a folder laid out like /sys/class/block and /dev. The
+// nodes here are plain files, so SG_IO itself fails on them; the real kernel path is proved
+// by the drive test bed.
+#include "clsSPTI.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "ScsiStatus.h"
+#include "modMMC.h"
+
+namespace fs = std::filesystem;
+using namespace plattmix::scsi;
+
+namespace {
+
+class SptiTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        const char* tmp = std::getenv("PLATTMIX_TEST_TMP");
+        root = fs::path(tmp ? tmp : "/tmp") / "spti" /
+               ::testing::UnitTest::GetInstance()->current_test_info()->name();
+        fs::remove_all(root);
+        fs::create_directories(root / "dev");
+        fs::create_directories(root / "devices");
+    }
+    // A block entry; optical ones get a node and a SCSI address.
+    void AddBlock(const std::string& name, const std::string& hctl = "") {
+        fs::create_directories(root / "block" / name);
+        if (hctl.empty())
+            return;
+        fs::create_directories(root / "devices" / hctl);
+        fs::create_symlink(root / "devices" / hctl, root / "block" / name / "device");
+        std::ofstream(root / "dev" / name) << "node";
+    }
+    clsSPTI Make() { return clsSPTI((root / "block").string(), (root / "dev").string()); }
+    fs::path root;
+};
+
+}  // namespace
+
+TEST_F(SptiTest, DrivesAreListedInNumericOrderAndOthersIgnored) {
+    AddBlock("sr10", "1:0:0:0");
+    AddBlock("sr2", "0:0:1:0");
+    AddBlock("sda");
+    AddBlock("sr0x");
+    AddBlock("loop0");
+    clsSPTI spti = Make();
+    EXPECT_EQ(spti.Interface(), "SPTI");
+    EXPECT_TRUE(spti.Initialized());
+    ASSERT_EQ(spti.DriveCount(), 2);
+    int16_t i = 1;
+    EXPECT_EQ(spti.DriveHandle(i), (root / "dev" / "sr2").string());
+    i = 2;
+    EXPECT_EQ(spti.DriveHandle(i), (root / "dev" / "sr10").string());
+    i = 3;
+    EXPECT_EQ(spti.DriveHandle(i), "");
+    EXPECT_EQ(spti.DriveChar((root / "dev" / "sr10").string()), "sr10");
+    EXPECT_TRUE(spti.Installed());
+}
+
+TEST_F(SptiTest, NoDriveMeansNotInstalled) {
+    AddBlock("sda");
+    clsSPTI spti = Make();
+    EXPECT_EQ(spti.DriveCount(), 0);
+    EXPECT_FALSE(spti.Installed());
+}
+
+TEST_F(SptiTest, AddressMembersComeFromTheScsiDevice) {
+    AddBlock("sr0", "2:0:5:1");
+    clsSPTI spti = Make();
+    EXPECT_EQ(spti.HostAdapter("sr0"), 2);
+    EXPECT_EQ(spti.TargetId("SR0"), 5);
+    EXPECT_EQ(spti.LUN((root / "dev" / "SR0").string()), 1);
+    EXPECT_EQ(spti.LUN("/elsewhere/sr0"), 0);
+    EXPECT_EQ(spti.HostAdapter("sr7"), 0);  // not a drive
+}
+
+TEST_F(SptiTest, HandlesAndStatusRules) {
+    AddBlock("sr0", "0:0:0:0");
+    clsSPTI spti = Make();
+    const std::vector<uint8_t> tur(6, 0);
+    uint8_t len = 6;
+    int32_t direction = 0;
+
+    // Not a drive: 24, and the time-out is left alone.
+    for (std::string handle : std::vector<std::string>{"sda", "sr1", "", "/dev/null"}) {
+        int16_t timeOut = 0;
+        EXPECT_EQ(spti.ExecCMD(handle, tur, len, direction, nullptr, 0, timeOut), kStatusNoDevice)
+            << handle;
+        EXPECT_EQ(timeOut, 0);
+    }
+    // A drive in any case: the node opens, SG_IO on a plain file fails with 255, the default
+    // time-out is written back and the sense bytes read 0.
+    for (std::string handle :
+         std::vector<std::string>{"sr0", "SR0", (root / "dev" / "sr0").string()}) {
+        int16_t timeOut = 0;
+        EXPECT_EQ(spti.ExecCMD(handle, tur, len, direction, nullptr, 0, timeOut),
+                  kStatusNotDelivered)
+            << handle;
+        EXPECT_EQ(timeOut, kSptiDefaultTimeOut);
+        EXPECT_EQ(spti.LastSK(), 0);
+        EXPECT_EQ(spti.LastASC(), 0);
+        EXPECT_EQ(spti.LastASCQ(), 0);
+    }
+    int16_t timeOut = 7;
+    std::string handle = "sr0";
+    spti.ExecCMD(handle, tur, len, direction, nullptr, 0, timeOut);
+    EXPECT_EQ(timeOut, 7);
+}
+
+TEST_F(SptiTest, ANodeThatCannotBeOpenedIsNoDevice) {
+    AddBlock("sr0", "0:0:0:0");
+    fs::remove(root / "dev" / "sr0");
+    clsSPTI spti = Make();
+    EXPECT_FALSE(spti.Installed());
+    std::string handle = "sr0";
+    EXPECT_EQ(plattmix::modMMC::TestUnitReady(spti, handle), kStatusNoDevice);
+}

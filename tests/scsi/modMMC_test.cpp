@@ -1,0 +1,137 @@
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "ScsiStatus.h"
+#include "modMMC.h"
+
+using namespace plattmix;
+using namespace plattmix::modMMC;
+
+namespace {
+
+template <size_t N>
+std::vector<uint8_t> Bytes(const std::array<uint8_t, N>& a) {
+    return {a.begin(), a.end()};
+}
+
+// Records what a command function hands to the transport and answers with a canned reply.
+class RecordingTransport final : public scsi::ISCSI {
+  public:
+    std::vector<uint8_t> cdb;
+    uint8_t cdblen = 0;
+    int32_t direction = -99;
+    int32_t bufferLen = -1;
+    int16_t timeOut = -1;
+    std::string handle;
+    std::vector<uint8_t> reply;
+
+    std::string Interface() const override { return "TEST"; }
+    uint8_t LastASCQ() const override { return 0; }
+    uint8_t LastASC() const override { return 0; }
+    uint8_t LastSK() const override { return 0; }
+    bool Initialized() override { return true; }
+    bool Installed() override { return true; }
+    int16_t DriveCount() const override { return 1; }
+    std::string DriveChar(const std::string& h) override { return h; }
+    std::string DriveHandle(int16_t&) override { return "sr0"; }
+    uint8_t HostAdapter(const std::string&) override { return 0; }
+    uint8_t TargetId(const std::string&) override { return 0; }
+    uint8_t LUN(const std::string&) override { return 0; }
+    int32_t ExecCMD(std::string& h, std::span<const uint8_t> c, uint8_t& len, int32_t& dir,
+                    uint8_t* buffer, int32_t length, int16_t& t) override {
+        handle = h;
+        cdb.assign(c.begin(), c.end());
+        cdblen = len;
+        direction = dir;
+        bufferLen = length;
+        timeOut = t;
+        for (size_t i = 0; i < reply.size() && i < static_cast<size_t>(length); ++i)
+            buffer[i] = reply[i];
+        return scsi::kStatusGood;
+    }
+};
+
+}  // namespace
+
+TEST(ModMMC, BuildersGiveTheExactBytes) {
+    EXPECT_EQ(Bytes(BuildTestUnitReady()), (std::vector<uint8_t>{0, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(Bytes(BuildInquiry()), (std::vector<uint8_t>{0x12, 0, 0, 0, 76, 0}));
+    EXPECT_EQ(Bytes(BuildReadTOC(true)),
+              (std::vector<uint8_t>{0x43, 0x02, 0, 0, 0, 0, 0, 0x03, 0x24, 0}));
+    EXPECT_EQ(Bytes(BuildReadTOC(false)),
+              (std::vector<uint8_t>{0x43, 0x00, 0, 0, 0, 0, 0, 0x03, 0x24, 0}));
+    EXPECT_EQ(Bytes(BuildRead10(16909060, 16)),
+              (std::vector<uint8_t>{0x28, 0, 0x01, 0x02, 0x03, 0x04, 0, 0x00, 0x10, 0}));
+    EXPECT_EQ(Bytes(BuildReadCD(0, 27, 0x10)),
+              (std::vector<uint8_t>{0xBE, 0, 0, 0, 0, 0, 0, 0, 0x1B, 0x10}));
+    EXPECT_EQ(Bytes(BuildReadCD(0x00ABCDEF, 0x00123456, 0xF8)),
+              (std::vector<uint8_t>{0xBE, 0, 0x00, 0xAB, 0xCD, 0xEF, 0x12, 0x34, 0x56, 0xF8}));
+    EXPECT_EQ(Bytes(BuildStartStopUnit(true, false)), (std::vector<uint8_t>{0x1B, 0, 0, 0, 2, 0}));
+    EXPECT_EQ(Bytes(BuildStartStopUnit(true, true)), (std::vector<uint8_t>{0x1B, 0, 0, 0, 3, 0}));
+    EXPECT_EQ(Bytes(BuildGetEventStatus(16, 8)),
+              (std::vector<uint8_t>{0x4A, 1, 0, 0, 16, 0, 0, 0, 8, 0}));
+    EXPECT_EQ(Bytes(BuildReadTOCFormat(false, 2, 1, 0x1234)),
+              (std::vector<uint8_t>{0x43, 0, 2, 0, 0, 0, 1, 0x12, 0x34, 0}));
+}
+
+TEST(ModMMC, CommandsReadFromTheDeviceWithAFiveSecondTimeOut) {
+    RecordingTransport t;
+    std::string handle = "sr0";
+    std::vector<uint8_t> buffer(27 * 2352);
+    EXPECT_EQ(ReadCD(t, handle, 0, 27, buffer, 0x10), 0);
+    EXPECT_EQ(t.cdblen, 10);  // READ CD goes out as ten bytes, deliberately
+    EXPECT_EQ(t.cdb.size(), 10u);
+    EXPECT_EQ(t.direction, 0);
+    EXPECT_EQ(t.timeOut, 5);
+    EXPECT_EQ(t.bufferLen, 27 * 2352);
+
+    EXPECT_EQ(TestUnitReady(t, handle), 0);
+    EXPECT_EQ(t.cdblen, 6);
+    EXPECT_EQ(t.bufferLen, 0);
+
+    std::array<uint8_t, kTocReplyLength> toc{};
+    EXPECT_EQ(ReadTOC(t, handle, true, toc), 0);
+    EXPECT_EQ(t.bufferLen, 804);
+    EXPECT_EQ(t.cdb[1], 2);
+}
+
+TEST(ModMMC, InquiryIdentKeepsPaddingAndDropsNuls) {
+    std::array<uint8_t, kInquiryLength> reply{};
+    const char* text = "PLEXTOR\0DVDR   PX-716A 1.11";
+    // vendor "PLEXTOR" + NUL, product "DVDR   PX-716A " + one more blank, revision "1.11"
+    for (size_t i = 0; i < 8; ++i)
+        reply[8 + i] = static_cast<uint8_t>(text[i]);
+    const std::string product = "DVDR   PX-716A  ";
+    for (size_t i = 0; i < 16; ++i)
+        reply[16 + i] = static_cast<uint8_t>(product[i]);
+    const std::string revision = "1.11";
+    for (size_t i = 0; i < 4; ++i)
+        reply[32 + i] = static_cast<uint8_t>(revision[i]);
+    EXPECT_EQ(InquiryIdentText(reply), "PLEXTORDVDR   PX-716A  1.11");
+    EXPECT_EQ(ParseInquiry(reply).vendor, "PLEXTOR");
+}
+
+TEST(ModMMC, ParseTocReadsAnnouncedDescriptorsOnly) {
+    // Two audio tracks and the lead-out in MSF form; data length 2 + 3 * 8 = 26.
+    const std::vector<uint8_t> reply = {
+        0x00, 0x1A, 0x01, 0x02,                          // header
+        0x00, 0x10, 0x01, 0x00, 0x00, 0x00, 0x02, 0x00,  // track 1 at 00:02:00
+        0x00, 0x14, 0x02, 0x00, 0x00, 0x03, 0x07, 0x05,  // track 2 (data) at 03:07:05
+        0x00, 0x10, 0xAA, 0x00, 0x00, 0x05, 0x00, 0x00,  // lead-out at 05:00:00
+        0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,  // beyond the data length
+    };
+    const auto toc = ParseTOC(reply);
+    ASSERT_TRUE(toc);
+    EXPECT_EQ(toc->firstTrack, 1);
+    EXPECT_EQ(toc->lastTrack, 2);
+    ASSERT_EQ(toc->descriptors.size(), 3u);
+    EXPECT_EQ(toc->descriptors[1].adrControl, 0x14);
+    EXPECT_EQ(toc->descriptors[1].address, (std::array<uint8_t, 4>{0, 3, 7, 5}));
+    EXPECT_EQ(toc->descriptors[2].track, kLeadOutTrack);
+
+    EXPECT_FALSE(ParseTOC(std::vector<uint8_t>{0x00, 0x1A}));
+    // A data length larger than the reply never reads past it.
+    const std::vector<uint8_t> cut = {0x03, 0x22, 0x01, 0x63, 0, 0x10, 1, 0, 0, 0, 2, 0};
+    EXPECT_EQ(ParseTOC(cut)->descriptors.size(), 1u);
+}
