@@ -1,0 +1,26 @@
+#!/usr/bin/env bash
+# Installs what Plattmix needs to build, run and test on Debian 12. Safe to run again: it only
+# calls apt-get when a package is missing.
+set -euo pipefail
+
+packages=(
+    # build
+    g++ cmake ninja-build pkg-config
+    # tests and benchmarks
+    libgtest-dev libgmock-dev libbenchmark-dev clang-format
+)
+# the real-kernel drive test bed
+mapfile -t testbed < <(grep -vE '^\s*(#|$)' "$(dirname "$0")/testbed/packages.txt" 2>/dev/null || true)
+packages+=("${testbed[@]}")
+
+missing=()
+for p in "${packages[@]}"; do
+    dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
+done
+if ((${#missing[@]})); then
+    sudo=""
+    [ "$(id -u)" -eq 0 ] || sudo="sudo"
+    export DEBIAN_FRONTEND=noninteractive
+    $sudo apt-get update -qq
+    $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}"
+fi

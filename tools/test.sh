@@ -1,0 +1,17 @@
+#!/usr/bin/env bash
+# Set-up, build and the whole test suite: the normal build (with the real-kernel drive test
+# bed) and the AddressSanitizer + UndefinedBehaviorSanitizer build.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+bash tools/setup.sh
+
+jobs=$(nproc)
+cmake -S . -B build/debug -G Ninja -DCMAKE_BUILD_TYPE=Debug >/dev/null
+cmake --build build/debug
+ctest --test-dir build/debug --output-on-failure -j "$jobs"
+
+cmake -S . -B build/sanitize -G Ninja -DCMAKE_BUILD_TYPE=Debug -DPLATTMIX_SANITIZE=ON \
+    -DPLATTMIX_TESTBED=OFF >/dev/null
+cmake --build build/sanitize
+ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
+    ctest --test-dir build/sanitize --output-on-failure -j "$jobs"
