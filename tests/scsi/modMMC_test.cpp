@@ -4,6 +4,7 @@
 
 #include "ScsiStatus.h"
 #include "modMMC.h"
+#include "scsi/StubTransport.h"
 
 using namespace plattmix;
 using namespace plattmix::modMMC;
@@ -14,43 +15,6 @@ template <size_t N>
 std::vector<uint8_t> Bytes(const std::array<uint8_t, N>& a) {
     return {a.begin(), a.end()};
 }
-
-// Records what a command function hands to the transport and answers with a canned reply.
-class RecordingTransport final : public scsi::ISCSI {
-  public:
-    std::vector<uint8_t> cdb;
-    uint8_t cdblen = 0;
-    int32_t direction = -99;
-    int32_t bufferLen = -1;
-    int16_t timeOut = -1;
-    std::string handle;
-    std::vector<uint8_t> reply;
-
-    std::string Interface() const override { return "TEST"; }
-    uint8_t LastASCQ() const override { return 0; }
-    uint8_t LastASC() const override { return 0; }
-    uint8_t LastSK() const override { return 0; }
-    bool Initialized() override { return true; }
-    bool Installed() override { return true; }
-    int16_t DriveCount() const override { return 1; }
-    std::string DriveChar(const std::string& h) override { return h; }
-    std::string DriveHandle(int16_t&) override { return "sr0"; }
-    uint8_t HostAdapter(const std::string&) override { return 0; }
-    uint8_t TargetId(const std::string&) override { return 0; }
-    uint8_t LUN(const std::string&) override { return 0; }
-    int32_t ExecCMD(std::string& h, std::span<const uint8_t> c, uint8_t& len, int32_t& dir,
-                    uint8_t* buffer, int32_t length, int16_t& t) override {
-        handle = h;
-        cdb.assign(c.begin(), c.end());
-        cdblen = len;
-        direction = dir;
-        bufferLen = length;
-        timeOut = t;
-        for (size_t i = 0; i < reply.size() && i < static_cast<size_t>(length); ++i)
-            buffer[i] = reply[i];
-        return scsi::kStatusGood;
-    }
-};
 
 }  // namespace
 
@@ -76,7 +40,7 @@ TEST(ModMMC, BuildersGiveTheExactBytes) {
 }
 
 TEST(ModMMC, CommandsReadFromTheDeviceWithAFiveSecondTimeOut) {
-    RecordingTransport t;
+    test::StubTransport t;
     std::string handle = "sr0";
     std::vector<uint8_t> buffer(27 * 2352);
     EXPECT_EQ(ReadCD(t, handle, 0, 27, buffer, 0x10), 0);

@@ -1,0 +1,51 @@
+#include "TransportSelection.h"
+
+#include <gtest/gtest.h>
+
+#include "scsi/StubTransport.h"
+
+using namespace plattmix;
+using plattmix::test::StubTransport;
+
+namespace {
+scsi::TransportFactory Factory(const char* name, bool installed, bool initialized, int& made) {
+    return [=, &made]() {
+        ++made;
+        auto t = std::make_unique<StubTransport>();
+        t->name = name;
+        t->installed = installed;
+        t->initialized = initialized;
+        return t;
+    };
+}
+}  // namespace
+
+TEST(TransportSelection, ThePassThroughIsPreferredAndTheFallBackNeedsBothAnswers) {
+    struct Case {
+        bool firstInstalled, firstInitialized, secondInstalled, secondInitialized;
+        const char* chosen;  // nullptr: none works
+        int secondMade;
+    };
+    const Case cases[] = {
+        {true, true, true, true, "SPTI", 0},     {false, true, true, true, "ASPI", 1},
+        {true, false, true, true, "ASPI", 1},    {false, false, true, false, nullptr, 1},
+        {false, false, false, true, nullptr, 1}, {true, false, false, false, nullptr, 1},
+    };
+    for (const Case& c : cases) {
+        int firstMade = 0, secondMade = 0;
+        auto chosen = scsi::SelectTransport(
+            Factory("SPTI", c.firstInstalled, c.firstInitialized, firstMade),
+            Factory("ASPI", c.secondInstalled, c.secondInitialized, secondMade));
+        EXPECT_EQ(firstMade, 1);
+        EXPECT_EQ(secondMade, c.secondMade);
+        if (c.chosen) {
+            ASSERT_TRUE(chosen);
+            EXPECT_EQ(chosen->Interface(), c.chosen);
+        } else {
+            EXPECT_FALSE(chosen);
+        }
+    }
+    EXPECT_STREQ(scsi::kNoTransportMessage,
+                 "Kein funktionierendes Interface gefunden!\r\nProgramm kann nicht verwendet "
+                 "werden.");
+}
