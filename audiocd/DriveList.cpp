@@ -1,0 +1,36 @@
+#include "DriveList.h"
+
+#include <array>
+
+#include "modMMC.h"
+
+namespace plattmix::audiocd {
+
+std::string DriveEntryText(const std::string& driveChar, std::span<const uint8_t> inquiry) {
+    const std::string name =
+        driveChar.find('/') == std::string::npos ? "/dev/" + driveChar : driveChar;
+    return name + ":  " + modMMC::InquiryIdentText(inquiry);
+}
+
+void AddDriveEntry(scsi::ISCSI& transport, int16_t index, std::vector<DriveEntry>& entries,
+                   const WarnFn& warn) {
+    int16_t i = index;
+    std::string handle = transport.DriveHandle(i);
+    std::array<uint8_t, modMMC::kInquiryLength> reply{};
+    if (modMMC::Inquiry(transport, handle, reply) != 0) {
+        if (warn)
+            warn("INQUIRY für Laufwerk " + std::to_string(index) + " gescheitert.");
+        return;
+    }
+    entries.push_back(DriveEntry{DriveEntryText(transport.DriveChar(handle), reply), index});
+}
+
+std::vector<DriveEntry> FillDriveList(scsi::ISCSI& transport, const WarnFn& warn) {
+    std::vector<DriveEntry> entries;
+    for (int16_t index = 1; index <= transport.DriveCount(); ++index) {
+        AddDriveEntry(transport, index, entries, warn);
+    }
+    return entries;
+}
+
+}  // namespace plattmix::audiocd

@@ -1,0 +1,36 @@
+// The drive list: one entry per optical drive of the transport, named by its node and its
+// INQUIRY identification.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ISCSI.h"
+
+namespace plattmix::audiocd {
+
+struct DriveEntry {
+    std::string text;   // "/dev/sr0:  " followed by the 28 identification characters
+    int16_t index = 0;  // the drive's 1-based index in the transport's list
+};
+
+// A warning for the user (shown with the exclamation icon by the window).
+using WarnFn = std::function<void(std::string_view)>;
+
+// The entry text for a drive: its name, ":  ", then vendor, product and revision as the drive
+// pads them, NULs removed. A bare name from the transport is a node in /dev; a name with a
+// slash (an image file) is shown as it is.
+std::string DriveEntryText(const std::string& driveChar, std::span<const uint8_t> inquiry);
+
+// Identifies one drive; warns "INQUIRY für Laufwerk N gescheitert." and adds nothing when the
+// drive does not answer.
+void AddDriveEntry(scsi::ISCSI& transport, int16_t index, std::vector<DriveEntry>& entries,
+                   const WarnFn& warn);
+
+std::vector<DriveEntry> FillDriveList(scsi::ISCSI& transport, const WarnFn& warn);
+
+}  // namespace plattmix::audiocd
