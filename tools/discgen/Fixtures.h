@@ -1,0 +1,58 @@
+// The test discs, each named after the quirk it carries. Every function returns the recipe;
+// WriteDisc turns it into files and tells the expected addresses and checksums.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "DiscSpec.h"
+
+namespace plattmix::discgen {
+
+enum class Fixture {
+    AudioThreeTracks,    // the plain case: three short audio tracks in one file
+    ExactBlockMultiple,  // lengths of 27*k sectors, and one of 27*k+1
+    Pregap,              // INDEX 00 in the file before track 2, a PREGAP line on track 3
+    MultiFile,           // one FILE per track
+    DataTrackFirst,      // mixed mode: a MODE1/2048 track, then audio tracks in another file
+    Enhanced,            // an audio session, then a data session (REM SESSION lines)
+    TinyTracks,          // tracks of 1, 2, 3 and 4 sectors
+    Large,               // a long audio disc for benchmarks, minutes chosen by the caller
+};
+
+inline constexpr int kDefaultLargeMinutes = 10;
+
+std::string_view FixtureName(Fixture fixture);
+std::optional<Fixture> FixtureByName(std::string_view name);
+// Every fixture in declaration order.
+const std::vector<Fixture>& AllFixtures();
+// minutes is used by Large only.
+DiscSpec FixtureSpec(Fixture fixture, int minutes = kDefaultLargeMinutes);
+
+DiscSpec AudioThreeTracks();
+DiscSpec ExactBlockMultiple();
+DiscSpec Pregap();
+DiscSpec MultiFile();
+DiscSpec DataTrackFirst();
+DiscSpec Enhanced();
+DiscSpec TinyTracks();
+// About four minutes per track; 1 to 99 minutes make a valid disc.
+DiscSpec Large(int minutes);
+
+// Read errors are not part of an image: the image drive injects them. This names the disc to
+// load and the sectors to make unreadable.
+struct LbaRange {
+    int32_t first = 0;
+    int32_t count = 0;
+};
+struct ReadErrorCase {
+    DiscSpec disc;  // AudioThreeTracks
+    LbaRange range;
+};
+ReadErrorCase ReadErrorAt(LbaRange range);
+// Ten sectors in the middle of track 2.
+ReadErrorCase ReadErrorAt();
+
+}  // namespace plattmix::discgen
