@@ -29,6 +29,7 @@ inline constexpr uint8_t kAscLbaOutOfRange = 0x21;
 inline constexpr uint8_t kAscInvalidFieldInCdb = 0x24;
 inline constexpr uint8_t kAscMediumChanged = 0x28;
 inline constexpr uint8_t kAscMediumNotPresent = 0x3A;
+inline constexpr uint8_t kAscIllegalModeForTrack = 0x64;  // e.g. READ(10) of an audio sector
 inline constexpr uint8_t kAscqTrayClosed = 0x01;
 inline constexpr uint8_t kAscqTrayOpen = 0x02;
 
