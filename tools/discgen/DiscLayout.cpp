@@ -70,7 +70,7 @@ std::string ValidateFileSizes(const DiscSpec& spec) {
     }
     for (size_t f = 0; f < sectors.size(); ++f) {
         if (sectors[f] > kMaxFileSectors) {
-            return "File " + spec.files[f] + " would be longer than 99:59:74";
+            return "File " + spec.files[f] + " would be longer than 100 minutes";
         }
     }
     return "";

@@ -10,7 +10,8 @@
 
 namespace plattmix::discgen {
 
-// Highest sector count a file position in a CUE sheet can name (99:59:74).
+// Most sectors one BIN file may hold: 100 minutes, so every INDEX position in it stays within
+// the two minute digits of a CUE time.
 inline constexpr int64_t kMaxFileSectors = 100LL * 60 * kSectorsPerSecond;
 
 struct TrackPlacement {

@@ -161,7 +161,7 @@ DiscSpec TinyTracks() {
 
 DiscSpec Large(int minutes) {
     DiscSpec d = OneFileAudio("Large", "Lange Platte", {});
-    minutes = minutes > 100 ? 100 : minutes;  // beyond 99 minutes validation refuses anyway
+    minutes = minutes > 1000 ? 1000 : minutes;  // keeps the product in range; validation refuses
     const int32_t total = minutes * 60 * kSecond;
     const int32_t perTrack = kMinutesPerLargeTrack * 60 * kSecond;
     for (int32_t done = 0; done < total; done += perTrack) {

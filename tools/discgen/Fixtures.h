@@ -38,7 +38,7 @@ DiscSpec MultiFile();
 DiscSpec DataTrackFirst();
 DiscSpec Enhanced();
 DiscSpec TinyTracks();
-// About four minutes per track; 1 to 99 minutes make a valid disc.
+// About four minutes per track in one file; 1 to 100 minutes make a valid disc.
 DiscSpec Large(int minutes);
 
 // Read errors are not part of an image: the image drive injects them. This names the disc to
