@@ -6,6 +6,8 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <functional>
+#include <vector>
 
 #include "ReferenceReader.h"
 #include "ScratchFolder.h"
@@ -59,17 +61,13 @@ TEST(DemoDisc, IsRebuiltWhenDamaged) {
         [&] { std::ofstream(cue, std::ios::app) << "REM extra\n"; },
         [&] { std::filesystem::remove_all(folder); },
     };
-    const std::string original = [&] {
-        Ensured(folder);
-        std::ifstream in(bin, std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(in), {});
-    }();
+    Ensured(folder);
+    const std::string original = test::RefFileBytes(bin);
     for (size_t i = 0; i < damages.size(); ++i) {
         SCOPED_TRACE(i);
         damages[i]();
         EXPECT_EQ(Ensured(folder), cue);
-        std::ifstream in(bin, std::ios::binary);
-        EXPECT_TRUE(std::string(std::istreambuf_iterator<char>(in), {}) == original);
+        EXPECT_TRUE(test::RefFileBytes(bin) == original);
         ExpectIntactDemo(cue);
     }
     // No scratch folders are left next to the disc.

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <iterator>
 
 #include "Fixtures.h"
 #include "ReferenceReader.h"
@@ -19,8 +18,7 @@ using test::RefDisc;
 using test::ScratchFolder;
 
 std::string FileBytes(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    return test::RefFileBytes(path);
 }
 
 DiscDescription Written(const DiscSpec& spec, const std::filesystem::path& folder) {

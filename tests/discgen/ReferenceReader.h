@@ -51,6 +51,16 @@ inline uint32_t RefCrc(uint32_t crc, const std::string& bytes) {
     return ~crc;
 }
 
+// A whole file's bytes.
+inline std::string RefFileBytes(const std::filesystem::path& path) {
+    std::error_code ec;
+    const auto size = std::filesystem::file_size(path, ec);
+    std::string bytes(ec ? 0 : static_cast<size_t>(size), '\0');
+    std::ifstream in(path, std::ios::binary);
+    in.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    return bytes;
+}
+
 inline int64_t RefSectors(const std::string& msf) {
     return std::stoll(msf.substr(0, 2)) * 4500 + std::stoll(msf.substr(3, 2)) * 75 +
            std::stoll(msf.substr(6, 2));

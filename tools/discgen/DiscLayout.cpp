@@ -76,6 +76,60 @@ std::string ValidateFileSizes(const DiscSpec& spec) {
     return "";
 }
 
+// File positions and disc addresses of every track; a new session starts a fixed gap after
+// the previous session's last sector.
+std::vector<TrackPlacement> PlaceTracks(const DiscSpec& spec) {
+    std::vector<TrackPlacement> placed;
+    int32_t lba = 0;
+    int32_t fileSector = 0;
+    for (size_t i = 0; i < spec.tracks.size(); ++i) {
+        const TrackSpec& t = spec.tracks[i];
+        if (i > 0 && t.file != spec.tracks[i - 1].file) {
+            fileSector = 0;
+        }
+        if (i > 0 && t.session != spec.tracks[i - 1].session) {
+            lba += kSessionGapSectors;
+        }
+        TrackPlacement p;
+        p.fileIndexZero = fileSector;
+        p.fileIndexOne = fileSector + t.indexZeroSectors;
+        fileSector = p.fileIndexOne + t.sectors;
+        p.pregapLba = lba;
+        p.indexZeroLba = p.pregapLba + t.pregapSectors;
+        p.startLba = p.indexZeroLba + t.indexZeroSectors;
+        p.endLba = p.startLba + t.sectors;
+        lba = p.endLba;
+        placed.push_back(p);
+    }
+    return placed;
+}
+
+bool LastOfSession(const DiscSpec& spec, size_t i) {
+    return i + 1 == spec.tracks.size() || spec.tracks[i + 1].session != spec.tracks[i].session;
+}
+
+// Sessions with their first and last track; the lead-out follows the last track's content.
+std::vector<SessionInfo> CollectSessions(const DiscSpec& spec,
+                                         const std::vector<TrackPlacement>& placed) {
+    std::vector<SessionInfo> sessions;
+    int first = 1;
+    for (size_t i = 0; i < spec.tracks.size(); ++i) {
+        if (LastOfSession(spec, i)) {
+            sessions.push_back(
+                {spec.tracks[i].session, first, static_cast<int>(i + 1), placed[i].endLba});
+            first = static_cast<int>(i + 2);
+        }
+    }
+    return sessions;
+}
+
+// A span runs to the next track's INDEX 01 within the session, else to the lead-out.
+void SetSpans(const DiscSpec& spec, std::vector<TrackPlacement>& placed) {
+    for (size_t i = 0; i < placed.size(); ++i) {
+        placed[i].spanEndLba = LastOfSession(spec, i) ? placed[i].endLba : placed[i + 1].startLba;
+    }
+}
+
 }  // namespace
 
 int32_t FileSectorBytes(TrackMode mode) {
@@ -113,40 +167,9 @@ Result<DiscLayout> LayOut(const DiscSpec& spec) {
         return Result<DiscLayout>::Fail(why);
     }
     DiscLayout layout;
-    int64_t lba = 0;
-    int32_t fileSector = 0;
-    for (size_t i = 0; i < spec.tracks.size(); ++i) {
-        const TrackSpec& t = spec.tracks[i];
-        if (i > 0 && t.file != spec.tracks[i - 1].file) {
-            fileSector = 0;
-        }
-        if (i > 0 && t.session != spec.tracks[i - 1].session) {
-            layout.sessions.back().leadOutLba = static_cast<int32_t>(lba);
-            lba += kSessionGapSectors;
-        }
-        if (layout.sessions.empty() || layout.sessions.back().number != t.session) {
-            layout.sessions.push_back({t.session, static_cast<int>(i + 1), 0, 0});
-        }
-        layout.sessions.back().lastTrack = static_cast<int>(i + 1);
-        TrackPlacement p;
-        p.fileIndexZero = fileSector;
-        p.fileIndexOne = fileSector + t.indexZeroSectors;
-        fileSector = p.fileIndexOne + t.sectors;
-        p.pregapLba = static_cast<int32_t>(lba);
-        p.indexZeroLba = p.pregapLba + t.pregapSectors;
-        p.startLba = p.indexZeroLba + t.indexZeroSectors;
-        p.endLba = p.startLba + t.sectors;
-        lba = p.endLba;
-        layout.tracks.push_back(p);
-    }
-    layout.sessions.back().leadOutLba = static_cast<int32_t>(lba);
-    // A span runs to the next track's INDEX 01 within the session, else to the lead-out.
-    for (size_t i = 0; i < layout.tracks.size(); ++i) {
-        const bool lastOfSession =
-            i + 1 == layout.tracks.size() || spec.tracks[i + 1].session != spec.tracks[i].session;
-        layout.tracks[i].spanEndLba =
-            lastOfSession ? layout.tracks[i].endLba : layout.tracks[i + 1].startLba;
-    }
+    layout.tracks = PlaceTracks(spec);
+    layout.sessions = CollectSessions(spec, layout.tracks);
+    SetSpans(spec, layout.tracks);
     return Result<DiscLayout>::Ok(std::move(layout));
 }
 

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdio>
 #include <string>
 #include <utility>
 
@@ -24,7 +25,9 @@ const std::array<std::pair<Fixture, std::string_view>, 8> kNames = {{
 }};
 
 std::string TwoDigits(size_t n) {
-    return (n < 10 ? "0" : "") + std::to_string(n);
+    char text[24];
+    std::snprintf(text, sizeof text, "%02zu", n);
+    return text;
 }
 
 TrackSpec Audio(int32_t sectors, std::string title, int file = 0) {
