@@ -88,7 +88,8 @@ CommandResult GetEventStatus(DriveSlot& slot, Cdb cdb, std::span<uint8_t> buffer
         return kInvalidField;  // only polling is supported
     const bool mediaClass = (cdb[4] & 0x10) != 0;
     const uint8_t event = mediaClass ? slot.TakeMediaEvent() : kMediaEventNone;
-    const Reply reply = EventStatusReply(cdb[4], event, slot.TrayOpen(), slot.HasMedium());
+    // A disc on an open tray is out of the drive: not present.
+    const Reply reply = EventStatusReply(cdb[4], event, slot.TrayOpen(), slot.Medium() != nullptr);
     return Deliver(reply, Be16(cdb, 7), buffer);
 }
 

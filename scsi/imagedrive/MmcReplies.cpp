@@ -181,7 +181,9 @@ Reply DiscInformationReply(const DiscImage& disc) {
     reply[5] = static_cast<uint8_t>(disc.tracks[last.firstTrack].number);
     reply[6] = static_cast<uint8_t>(disc.tracks[last.lastTrack].number);
     reply[7] = 0x20;  // unrestricted use
-    reply[8] = DiscType(disc, disc.sessions.front());
+    reply[8] = kDiscTypeCdDaOrRom;
+    for (const DiscSession& session : disc.sessions)
+        reply[8] |= DiscType(disc, session);
     std::fill(reply.begin() + 16, reply.begin() + 24, uint8_t{0xFF});  // no next session
     return reply;
 }

@@ -1,0 +1,198 @@
+// The CUE parser, the disc layout built from it and the loading of image files.
+#include <gtest/gtest.h>
+
+#include "ImageFixture.h"
+#include "imagedrive/CueSheet.h"
+#include "imagedrive/DiscImage.h"
+#include "imagedrive/ImageLoader.h"
+
+namespace plattmix::scsi::imagedrive::test {
+namespace {
+
+constexpr std::string_view kFullSheet =
+    "\xEF\xBB\xBFREM GENRE Pop\r\n"
+    "CATALOG 4006381333931\r\n"
+    "PERFORMER \"Die Band\"\r\n"
+    "TITLE \"Ein Album\"\r\n"
+    "FILE \"erste Seite.bin\" BINARY\r\n"
+    "  TRACK 01 AUDIO\r\n"
+    "    TITLE \"Lied Eins\"\r\n"
+    "    ISRC DEA123456789\r\n"
+    "    FLAGS DCP PRE\r\n"
+    "    INDEX 01 00:00:00\r\n"
+    "  track 02 audio\r\n"
+    "    INDEX 00 00:01:00\r\n"
+    "    INDEX 01 00:02:00\r\n"
+    "    INDEX 02 00:02:10\r\n"
+    "    POSTGAP 00:00:05\r\n"
+    "FILE daten.bin BINARY\r\n"
+    "  TRACK 03 MODE1/2048\r\n"
+    "    PREGAP 00:02:00\r\n"
+    "    INDEX 01 00:00:00\r\n";
+
+TEST(CueSheetTest, ReadsFilesTracksIndexesTextAndFlags) {
+    const auto parsed = ParseCueSheet(kFullSheet, "/bilder", "demo.cue");
+    ASSERT_TRUE(parsed.ok()) << parsed.Error();
+    const CueSheet& sheet = parsed.Value();
+    EXPECT_EQ(sheet.title, "Ein Album");
+    EXPECT_EQ(sheet.performer, "Die Band");
+    EXPECT_EQ(sheet.catalog, "4006381333931");
+    ASSERT_EQ(sheet.files.size(), 2u);
+    EXPECT_EQ(sheet.files[0].path, "/bilder/erste Seite.bin");
+    EXPECT_EQ(sheet.files[1].path, "/bilder/daten.bin");
+    ASSERT_EQ(sheet.files[0].tracks.size(), 2u);
+
+    const CueTrack& first = sheet.files[0].tracks[0];
+    EXPECT_EQ(first.title, "Lied Eins");
+    EXPECT_EQ(first.isrc, "DEA123456789");
+    EXPECT_TRUE(first.copyPermitted);
+    EXPECT_TRUE(first.preEmphasis);
+
+    const CueTrack& second = sheet.files[0].tracks[1];
+    ASSERT_EQ(second.indexes.size(), 3u);
+    EXPECT_EQ(second.indexes[0].frames, 75);
+    EXPECT_EQ(second.indexes[1].frames, 150);
+    EXPECT_EQ(second.indexes[2].frames, 160);
+    EXPECT_EQ(second.postgap, 5);
+    EXPECT_EQ(sheet.files[1].tracks[0].mode, TrackMode::Mode1_2048);
+    EXPECT_EQ(sheet.files[1].tracks[0].pregap, 150);
+}
+
+struct BadSheet {
+    std::string_view text;
+    std::string_view message;
+};
+
+TEST(CueSheetTest, RejectsBadSheetsNamingFileAndLine) {
+    const BadSheet cases[] = {
+        {"FILE a.bin BINARY\nTRACK 01 AUDIO\nGAP 00:00:00\n",
+         "demo.cue, Zeile 3: unbekanntes Schlüsselwort 'GAP'"},
+        {"TRACK 01 AUDIO\n", "demo.cue, Zeile 1: TRACK vor der ersten FILE-Zeile"},
+        {"FILE a.bin BINARY\n\nTRACK 01 MODE2/2336\n",
+         "demo.cue, Zeile 3: Spurart 'MODE2/2336' nicht unterstützt"},
+        {"FILE a.wav WAVE\n", "demo.cue, Zeile 1: Dateityp 'WAVE' nicht unterstützt"},
+        {"FILE \"a b.bin BINARY\n", "demo.cue, Zeile 1: Anführungszeichen nicht geschlossen"},
+        {"FILE a.bin BINARY\nTRACK 01 AUDIO\nINDEX 01 00:60:00\n",
+         "demo.cue, Zeile 3: ungültige Zeitangabe '00:60:00'"},
+        {"FILE a.bin BINARY\nTRACK 01 AUDIO\nINDEX 01 00:00:75\n",
+         "demo.cue, Zeile 3: ungültige Zeitangabe '00:00:75'"},
+        {"FILE a.bin BINARY\nTRACK 01 AUDIO\nINDEX 01 0:0\n",
+         "demo.cue, Zeile 3: ungültige Zeitangabe '0:0'"},
+        {"FILE a.bin BINARY\nTRACK 01 AUDIO\nINDEX 02 00:00:00\n",
+         "demo.cue, Zeile 3: INDEX 02 außer der Reihe"},
+        {"FILE a.bin BINARY\nTRACK 01 AUDIO\nINDEX 01 00:05:00\nTRACK 02 AUDIO\n"
+         "INDEX 01 00:04:00\n",
+         "demo.cue, Zeile 5: INDEX 01 liegt nicht hinter dem vorigen"},
+        {"FILE a.bin BINARY\nTRACK 02 AUDIO\nINDEX 01 00:00:00\nTRACK 02 AUDIO\n",
+         "demo.cue, Zeile 4: Spurnummer 02 nicht aufsteigend"},
+        {"FILE a.bin BINARY\nTRACK 01 AUDIO\nINDEX 00 00:00:00\n",
+         "demo.cue, Zeile 2: Spur ohne INDEX 01"},
+        {"REM nur ein Kommentar\n", "demo.cue: keine Datei (FILE) angegeben"},
+        {"FILE a.bin BINARY\nFILE b.bin BINARY\nTRACK 01 AUDIO\nINDEX 01 00:00:00\n",
+         "demo.cue, Zeile 1: Datei ohne Spur (TRACK)"},
+        {"REM SESSION 02\nFILE a.bin BINARY\n", "demo.cue, Zeile 1: Sitzung 1 hat keine Spur"},
+    };
+    for (const BadSheet& bad : cases) {
+        const auto parsed = ParseCueSheet(bad.text, "", "demo.cue");
+        ASSERT_FALSE(parsed.ok()) << bad.text;
+        EXPECT_EQ(parsed.Error(), bad.message) << bad.text;
+    }
+}
+
+TEST(DiscLayoutTest, PlacesGapsIndexesAndFilesInDiscAddresses) {
+    const auto parsed = ParseCueSheet(kFullSheet, "", "demo.cue");
+    ASSERT_TRUE(parsed.ok());
+    const int64_t sizes[] = {300 * 2352, 40 * 2048};
+    const auto disc = LayoutDisc(parsed.Value(), sizes, "demo.cue");
+    ASSERT_TRUE(disc.ok()) << disc.Error();
+    const auto& tracks = disc.Value().tracks;
+    ASSERT_EQ(tracks.size(), 3u);
+    // Track 1: file sectors 0..74. Track 2: INDEX 00 at 75, INDEX 01 at 150, file to 299,
+    // then 5 postgap sectors. Track 3: 150 pregap sectors without file bytes, then 40 sectors.
+    EXPECT_EQ(tracks[0].start, 0);
+    EXPECT_EQ(tracks[0].end, 75);
+    EXPECT_EQ(tracks[0].control, 0x3);  // copy permitted, pre-emphasis
+    EXPECT_EQ(tracks[1].areaStart, 75);
+    EXPECT_EQ(tracks[1].start, 150);
+    EXPECT_EQ(tracks[1].end, 305);
+    EXPECT_EQ(tracks[1].fileOffset, 75 * 2352);
+    EXPECT_EQ(tracks[2].areaStart, 305);
+    EXPECT_EQ(tracks[2].fileFirst, 455);
+    EXPECT_EQ(tracks[2].start, 455);
+    EXPECT_EQ(tracks[2].end, 495);
+    EXPECT_EQ(tracks[2].control, 0x4);
+    EXPECT_EQ(disc.Value().LeadOut(), 495);
+}
+
+TEST(DiscLayoutTest, SecondSessionStartsAfterLeadOutAndLeadIn) {
+    constexpr std::string_view sheet =
+        "FILE a.bin BINARY\nTRACK 01 AUDIO\nINDEX 01 00:00:00\n"
+        "REM SESSION 02\nFILE b.bin BINARY\nTRACK 02 MODE2/2352\nINDEX 01 00:00:00\n";
+    const auto parsed = ParseCueSheet(sheet, "", "e.cue");
+    ASSERT_TRUE(parsed.ok()) << parsed.Error();
+    const int64_t sizes[] = {100 * 2352, 20 * 2352};
+    const auto disc = LayoutDisc(parsed.Value(), sizes, "e.cue");
+    ASSERT_TRUE(disc.ok()) << disc.Error();
+    ASSERT_EQ(disc.Value().sessions.size(), 2u);
+    EXPECT_EQ(disc.Value().sessions[0].leadOut, 100);
+    EXPECT_EQ(disc.Value().tracks[1].start, 100 + 11400);
+    EXPECT_EQ(disc.Value().LeadOut(), 100 + 11400 + 20);
+    EXPECT_EQ(disc.Value().TrackAt(5000), nullptr);
+}
+
+TEST(DiscLayoutTest, TracksOfDifferentSectorSizesShareAFile) {
+    constexpr std::string_view sheet =
+        "FILE a.bin BINARY\nTRACK 01 MODE1/2048\nINDEX 01 00:00:00\n"
+        "TRACK 02 AUDIO\nINDEX 01 00:00:10\n";
+    const auto parsed = ParseCueSheet(sheet, "", "m.cue");
+    ASSERT_TRUE(parsed.ok());
+    const int64_t sizes[] = {10 * 2048 + 4 * 2352};
+    const auto disc = LayoutDisc(parsed.Value(), sizes, "m.cue");
+    ASSERT_TRUE(disc.ok()) << disc.Error();
+    EXPECT_EQ(disc.Value().tracks[1].fileOffset, 10 * 2048);
+    EXPECT_EQ(disc.Value().tracks[1].fileCount, 4);
+}
+
+TEST(DiscLayoutTest, ShortOrRaggedFileIsAnErrorAtItsLine) {
+    constexpr std::string_view sheet =
+        "FILE a.bin BINARY\nTRACK 01 AUDIO\nINDEX 01 00:00:00\nTRACK 02 AUDIO\n"
+        "INDEX 01 00:01:00\n";
+    const auto parsed = ParseCueSheet(sheet, "", "s.cue");
+    ASSERT_TRUE(parsed.ok());
+    const int64_t tooShort[] = {50 * 2352};
+    EXPECT_EQ(LayoutDisc(parsed.Value(), tooShort, "s.cue").Error(),
+              "s.cue, Zeile 5: Datei 'a.bin' ist zu kurz");
+    const int64_t ragged[] = {80 * 2352 + 100};
+    EXPECT_EQ(LayoutDisc(parsed.Value(), ragged, "s.cue").Error(),
+              "s.cue, Zeile 1: Datei 'a.bin' endet mitten in einem Sektor");
+}
+
+TEST(ImageLoaderTest, LoadsSheetsAndIsoFilesAndReportsMissingFiles) {
+    const fs::path folder = Scratch("loader");
+    WriteBytes(folder / "spur eins.bin", Stamped(30, 2352, 1));
+    WriteText(folder / "ok.cue",
+              "FILE \"spur eins.bin\" BINARY\nTRACK 01 AUDIO\nINDEX 01 00:00:00\n");
+    WriteText(folder / "fehlt.cue",
+              "REM\nFILE weg.bin BINARY\nTRACK 01 AUDIO\nINDEX 01 00:00:00\n");
+    WriteBytes(folder / "gut.iso", std::vector<uint8_t>(4 * 2048));
+    WriteBytes(folder / "krumm.iso", std::vector<uint8_t>(2048 + 1));
+
+    const auto sheet = LoadImage((folder / "ok.cue").string());
+    ASSERT_TRUE(sheet.ok()) << sheet.Error();
+    EXPECT_EQ(sheet.Value().LeadOut(), 30);
+
+    const auto iso = LoadImage((folder / "gut.iso").string());
+    ASSERT_TRUE(iso.ok()) << iso.Error();
+    EXPECT_EQ(iso.Value().tracks[0].mode, TrackMode::Mode1_2048);
+    EXPECT_EQ(iso.Value().LeadOut(), 4);
+
+    EXPECT_EQ(LoadImage((folder / "fehlt.cue").string()).Error(),
+              "fehlt.cue, Zeile 2: Datei 'weg.bin' nicht gefunden");
+    EXPECT_EQ(LoadImage((folder / "krumm.iso").string()).Error(),
+              "krumm.iso: Größe ist kein Vielfaches von 2048 Bytes");
+    EXPECT_EQ(LoadImage((folder / "nix.cue").string()).Error(), "nix.cue: Datei nicht gefunden");
+    EXPECT_FALSE(LoadImage((folder / "bild.nrg").string()).ok());
+}
+
+}  // namespace
+}  // namespace plattmix::scsi::imagedrive::test
