@@ -20,6 +20,9 @@ const DiscTrack* DiscImage::TrackNumbered(int number) const {
 
 namespace {
 
+// Far beyond any real disc, small enough that addresses stay inside 32 bits.
+constexpr int64_t kMaxDiscSectors = 100 * 60 * 75 * 10;
+
 uint8_t ControlOf(const CueTrack& track) {
     uint8_t control = IsDataMode(track.mode) ? 0x4 : 0x0;
     if (track.copyPermitted)
@@ -64,6 +67,10 @@ ImageResult<std::vector<FileSpan>> SpansInFile(const CueFile& file, int64_t size
     if (rest % StoredSectorSize(last.mode) != 0) {
         return Result::Fail(ImageMessage(sheetName, file.line,
                                          "Datei '" + file.name + "' endet mitten in einem Sektor"));
+    }
+    if (rest / StoredSectorSize(last.mode) > kMaxDiscSectors) {
+        return Result::Fail(ImageMessage(sheetName, file.line,
+                                         "Datei '" + file.name + "' ist zu groß für eine CD"));
     }
     spans.back().count = static_cast<int32_t>(rest / StoredSectorSize(last.mode));
     for (size_t k = 0; k < file.tracks.size(); ++k) {

@@ -64,23 +64,6 @@ bool SectorSource::ReadFile(const DiscTrack& track, int32_t lba, std::span<uint8
     return true;
 }
 
-RawSector SectorSource::KindAt(int32_t lba) const {
-    const DiscTrack* track = disc_.TrackAt(lba);
-    if (track == nullptr)
-        return {SectorRead::OutOfRange, SectorKind::Audio};
-    switch (track->mode) {
-        case TrackMode::Audio:
-            return {SectorRead::Ok, SectorKind::Audio};
-        case TrackMode::Mode1_2048:
-        case TrackMode::Mode1_2352:
-            return {SectorRead::Ok, SectorKind::Mode1};
-        case TrackMode::Mode2_2352:
-            break;
-    }
-    std::array<uint8_t, kRawSectorSize> sector{};
-    return Read(lba, sector);  // the sub-header tells Form 1 from Form 2
-}
-
 RawSector SectorSource::Read(int32_t lba, std::span<uint8_t, kRawSectorSize> out) const {
     const DiscTrack* track = disc_.TrackAt(lba);
     if (track == nullptr)

@@ -33,8 +33,6 @@ class SectorSource {
     // The 2352 raw bytes of a sector: stored bytes of raw tracks, a Mode 1 frame built around
     // the stored 2048 bytes, silence or an empty data frame in gaps without file bytes.
     RawSector Read(int32_t lba, std::span<uint8_t, kRawSectorSize> out) const;
-    // What kind of sector lba holds, without reading it where the track mode tells.
-    RawSector KindAt(int32_t lba) const;
 
   private:
     explicit SectorSource(DiscImage disc) : disc_(std::move(disc)) {}

@@ -166,6 +166,22 @@ TEST_F(ImageDriveReadTest, ThrottledReadsStillDeliverTheSameBytes) {
     EXPECT_EQ(ReadCd(0, 1, kFlagsAll, 2352).data, StoredSector(kAudioSectors, 2352, kAudioSeed, 0));
 }
 
+TEST(ImageDriveIsoTest, IsoFileIsOneMode1Track) {
+    const fs::path folder = Scratch("iso");
+    WriteBytes(folder / "daten.iso", Stamped(16, 2048, 5));
+    clsImageDrive drive;
+    const auto added = drive.AddDrive((folder / "daten.iso").string());
+    ASSERT_TRUE(added.ok()) << added.Error();
+    const Outcome toc = Send(drive, added.Value(), TocCdb(false, 0, 0, 804), 804);
+    EXPECT_EQ(Slice(toc.data, 0, 20),
+              (Bytes{0x00, 0x12, 0x01, 0x01, 0x00, 0x14, 0x01, 0x00, 0x00, 0x00,
+                     0x00, 0x00, 0x00, 0x14, 0xAA, 0x00, 0x00, 0x00, 0x00, 0x10}));
+    EXPECT_EQ(Send(drive, added.Value(), Read10Cdb(15, 1), 2048).data,
+              StoredSector(16, 2048, 5, 15));
+    const Outcome raw = Send(drive, added.Value(), ReadCdCdb(15, 1, kFlagsAll), 2352);
+    EXPECT_EQ(Slice(raw.data, 12, 4), (Bytes{0x00, 0x02, 0x15, 0x01}));
+}
+
 TEST(ImageDriveEnhancedTest, Mode2Form1SectorsOfTheSecondSession) {
     clsImageDrive drive;
     const auto added = drive.AddDrive(WriteEnhancedDisc(Scratch("enhanced")));
