@@ -35,7 +35,7 @@ std::string BinFile::Open(const std::filesystem::path& path) {
     }
     file_ = std::fopen(path.c_str(), "wb");
     if (file_ == nullptr) {
-        error_ = SystemError("Cannot create", path);
+        error_ = SystemError("Kann nicht angelegt werden:", path);
         return error_;
     }
     buffer_.reserve(kBufferBytes);
@@ -63,7 +63,7 @@ std::string BinFile::Write(std::span<const uint8_t> bytes) {
 std::string BinFile::Flush() {
     if (file_ != nullptr && !buffer_.empty() &&
         std::fwrite(buffer_.data(), 1, buffer_.size(), file_) != buffer_.size()) {
-        error_ = SystemError("Cannot write", path_);
+        error_ = SystemError("Schreiben fehlgeschlagen:", path_);
     }
     buffer_.clear();
     return error_;
@@ -73,7 +73,7 @@ std::string BinFile::Close() {
     std::string why = Flush();
     if (file_ != nullptr) {
         if (std::fclose(file_) != 0 && why.empty()) {
-            why = SystemError("Cannot close", path_);
+            why = SystemError("Schliessen fehlgeschlagen:", path_);
         }
         file_ = nullptr;
     }

@@ -45,7 +45,7 @@ std::string SwapIn(const std::filesystem::path& fresh, const std::filesystem::pa
         return "";
     }
     if (errno != EINVAL && errno != ENOSYS) {
-        return "Cannot move the new disc to " + target.string() + ": " + std::strerror(errno);
+        return "Neue Disc nicht nach " + target.string() + " verschoben: " + std::strerror(errno);
     }
     // File systems without exchange: move the old folder aside first.
     const std::filesystem::path old = ScratchSibling(target, ".old-");
@@ -53,7 +53,7 @@ std::string SwapIn(const std::filesystem::path& fresh, const std::filesystem::pa
     std::filesystem::rename(target, old, ec);
     std::filesystem::rename(fresh, target, ec);
     if (ec) {
-        return "Cannot move the new disc to " + target.string() + ": " + ec.message();
+        return "Neue Disc nicht nach " + target.string() + " verschoben: " + ec.message();
     }
     std::filesystem::remove_all(old, ec);
     return "";
@@ -109,7 +109,7 @@ PathResult DemoCacheFolder() {
     if (home != nullptr && std::filesystem::path(home).is_absolute()) {
         return PathResult::Ok(std::filesystem::path(home) / ".cache" / "plattmix" / "demo");
     }
-    return PathResult::Fail("Neither XDG_CACHE_HOME nor HOME names a cache folder");
+    return PathResult::Fail("Weder XDG_CACHE_HOME noch HOME nennen einen Cache-Ordner");
 }
 
 PathResult DemoDisc() {
@@ -124,7 +124,8 @@ PathResult EnsureDisc(const DiscSpec& spec, const std::filesystem::path& folder)
     try {
         return Ensure(spec, folder);
     } catch (const std::exception& e) {
-        return PathResult::Fail(std::string("Preparing the disc failed: ") + e.what());
+        return PathResult::Fail(std::string("Disc konnte nicht bereitgestellt werden: ") +
+                                e.what());
     }
 }
 

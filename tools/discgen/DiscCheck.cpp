@@ -31,11 +31,11 @@ std::string CheckBin(const FileInfo& file) {
     std::error_code ec;
     const auto size = std::filesystem::file_size(file.path, ec);
     if (ec || size != static_cast<uintmax_t>(file.bytes)) {
-        return "Wrong size or missing: " + file.path.string();
+        return "Fehlt oder falsche Groesse: " + file.path.string();
     }
     std::FILE* f = std::fopen(file.path.c_str(), "rb");
     if (f == nullptr) {
-        return "Cannot open " + file.path.string();
+        return "Kann nicht geoeffnet werden: " + file.path.string();
     }
     std::vector<uint8_t> buffer(1 << 20);
     Crc32 crc;
@@ -46,7 +46,7 @@ std::string CheckBin(const FileInfo& file) {
     const bool readOk = std::ferror(f) == 0;
     std::fclose(f);
     if (!readOk || crc.Value() != file.crc32) {
-        return "Content differs: " + file.path.string();
+        return "Inhalt weicht ab: " + file.path.string();
     }
     return "";
 }
@@ -56,7 +56,7 @@ std::string CheckBin(const FileInfo& file) {
 std::string CheckDiscFiles(const DiscDescription& expected) {
     std::string cue;
     if (!ReadText(expected.cuePath, cue) || cue != expected.cueText) {
-        return "CUE sheet missing or changed: " + expected.cuePath.string();
+        return "CUE-Datei fehlt oder wurde geaendert: " + expected.cuePath.string();
     }
     for (const FileInfo& file : expected.files) {
         if (std::string why = CheckBin(file); !why.empty()) {

@@ -20,40 +20,40 @@ bool SafeText(std::string_view text) {
 }
 
 std::string TrackError(size_t index, std::string_view what) {
-    return "Track " + std::to_string(index + 1) + ": " + std::string(what);
+    return "Spur " + std::to_string(index + 1) + ": " + std::string(what);
 }
 
 std::string ValidateTrack(const DiscSpec& spec, size_t i) {
     const TrackSpec& t = spec.tracks[i];
     if (t.sectors < 1 || t.indexZeroSectors < 0 || t.pregapSectors < 0) {
-        return TrackError(i, "sector counts must be positive");
+        return TrackError(i, "Sektorzahlen muessen positiv sein");
     }
     if (t.file < 0 || static_cast<size_t>(t.file) >= spec.files.size()) {
-        return TrackError(i, "names no file of the disc");
+        return TrackError(i, "nennt keine Datei der Disc");
     }
     if (!SafeText(t.title) || !SafeText(t.performer)) {
-        return TrackError(i, "CD-Text is too long or contains quotes or line breaks");
+        return TrackError(i, "CD-Text zu lang oder mit Anfuehrungszeichen oder Zeilenumbruch");
     }
     const bool gap = t.indexZeroSectors > 0 || t.pregapSectors > 0;
     if (gap && t.mode != TrackMode::Audio) {
-        return TrackError(i, "only audio tracks carry a gap");
+        return TrackError(i, "nur Audiospuren haben eine Pause");
     }
     if (i == 0) {
         if (t.file != 0 || t.session != 1) {
-            return TrackError(i, "the first track starts the first file and session");
+            return TrackError(i, "die erste Spur beginnt die erste Datei und Sitzung");
         }
-        return gap ? TrackError(i, "the first track of a session carries no gap") : "";
+        return gap ? TrackError(i, "die erste Spur einer Sitzung hat keine Pause") : "";
     }
     const TrackSpec& prev = spec.tracks[i - 1];
     if (t.file != prev.file && t.file != prev.file + 1) {
-        return TrackError(i, "files are used in order, each by at least one track");
+        return TrackError(i, "Dateien folgen der Reihe nach, jede mit mindestens einer Spur");
     }
     if (t.file == prev.file && t.mode != prev.mode) {
-        return TrackError(i, "all tracks of a file share one mode");
+        return TrackError(i, "alle Spuren einer Datei haben denselben Modus");
     }
     if (t.session != prev.session) {
         if (t.session != prev.session + 1 || t.file == prev.file) {
-            return TrackError(i, "a new session follows the previous one in a new file");
+            return TrackError(i, "eine neue Sitzung folgt der vorigen in einer neuen Datei");
         }
         if (gap) {
             return TrackError(i, "the first track of a session carries no gap");
@@ -70,7 +70,7 @@ std::string ValidateFileSizes(const DiscSpec& spec) {
     }
     for (size_t f = 0; f < sectors.size(); ++f) {
         if (sectors[f] > kMaxFileSectors) {
-            return "File " + spec.files[f] + " would be longer than 100 minutes";
+            return "Datei " + spec.files[f] + " waere laenger als 100 Minuten";
         }
     }
     return "";
@@ -138,17 +138,17 @@ int32_t FileSectorBytes(TrackMode mode) {
 
 std::string ValidateSpec(const DiscSpec& spec) {
     if (!SafeFileName(spec.name)) {
-        return "The disc name is not usable as a file name";
+        return "Der Disc-Name taugt nicht als Dateiname";
     }
     if (!SafeText(spec.title) || !SafeText(spec.performer)) {
-        return "The disc's CD-Text is too long or contains quotes or line breaks";
+        return "CD-Text der Disc zu lang oder mit Anfuehrungszeichen oder Zeilenumbruch";
     }
     if (spec.tracks.empty() || spec.tracks.size() > kMaxTracks) {
-        return "A disc holds 1 to 99 tracks";
+        return "Eine Disc hat 1 bis 99 Spuren";
     }
     for (const std::string& file : spec.files) {
         if (!SafeFileName(file) || file == spec.name + ".cue") {
-            return "File name not usable: " + file;
+            return "Dateiname nicht verwendbar: " + file;
         }
     }
     for (size_t i = 0; i < spec.tracks.size(); ++i) {
@@ -157,7 +157,7 @@ std::string ValidateSpec(const DiscSpec& spec) {
         }
     }
     if (static_cast<size_t>(spec.tracks.back().file) + 1 != spec.files.size()) {
-        return "Every file must hold at least one track";
+        return "Jede Datei muss mindestens eine Spur enthalten";
     }
     return ValidateFileSizes(spec);
 }

@@ -152,11 +152,11 @@ DiscDescription Describe(const DiscSpec& spec, const DiscLayout& layout,
 std::string WriteText(const std::filesystem::path& path, const std::string& text) {
     std::FILE* f = std::fopen(path.c_str(), "wb");
     if (f == nullptr) {
-        return "Cannot create " + path.string();
+        return "Kann nicht angelegt werden: " + path.string();
     }
     const bool written = std::fwrite(text.data(), 1, text.size(), f) == text.size();
     const bool closed = std::fclose(f) == 0;
-    return written && closed ? "" : "Cannot write " + path.string();
+    return written && closed ? "" : "Schreiben fehlgeschlagen: " + path.string();
 }
 
 Result<DiscDescription> Generate(const DiscSpec& spec, const std::filesystem::path& folder,
@@ -174,8 +174,8 @@ Result<DiscDescription> Generate(const DiscSpec& spec, const std::filesystem::pa
             std::filesystem::remove(cue, ec);
         }
         if (ec) {
-            return Result<DiscDescription>::Fail("Cannot prepare " + folder.string() + ": " +
-                                                 ec.message());
+            return Result<DiscDescription>::Fail("Ordner nicht vorbereitet: " + folder.string() +
+                                                 ": " + ec.message());
         }
     }
     std::vector<Crc32> spans(spec.tracks.size());
@@ -199,8 +199,7 @@ Result<DiscDescription> WriteDisc(const DiscSpec& spec, const std::filesystem::p
     try {
         return Generate(spec, folder, true);
     } catch (const std::exception& e) {
-        return Result<DiscDescription>::Fail(std::string("Generating the disc failed: ") +
-                                             e.what());
+        return Result<DiscDescription>::Fail(std::string("Disc nicht erzeugt: ") + e.what());
     }
 }
 
@@ -208,8 +207,7 @@ Result<DiscDescription> DescribeDisc(const DiscSpec& spec, const std::filesystem
     try {
         return Generate(spec, folder, false);
     } catch (const std::exception& e) {
-        return Result<DiscDescription>::Fail(std::string("Describing the disc failed: ") +
-                                             e.what());
+        return Result<DiscDescription>::Fail(std::string("Disc nicht beschrieben: ") + e.what());
     }
 }
 
