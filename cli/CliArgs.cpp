@@ -13,7 +13,8 @@ bool Contains(const std::vector<std::string>& list, const std::string& word) {
 ParseResult ParseCliArgs(const std::vector<std::string>& argv,
                          const std::vector<std::string>& valueOptions,
                          const std::vector<std::string>& flagOptions) {
-    if (argv.empty()) return {std::nullopt, "Kein Befehl angegeben."};
+    if (argv.empty())
+        return {std::nullopt, "Kein Befehl angegeben."};
     CliArgs args;
     args.command = argv[0];
     for (size_t i = 1; i < argv.size(); ++i) {

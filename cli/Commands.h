@@ -1,0 +1,19 @@
+// The commands of plattmix-cli. Each returns the process exit code.
+#pragma once
+
+#include <iosfwd>
+
+#include "CliArgs.h"
+
+namespace plattmix::cli {
+
+inline constexpr int kExitDone = 0;
+inline constexpr int kExitFailed = 1;
+inline constexpr int kExitUsage = 2;
+
+int RunCommand(const CliArgs& args, std::ostream& out, std::ostream& err);
+
+// The usage text, printed for bad usage and for "help".
+void PrintUsage(std::ostream& out);
+
+}  // namespace plattmix::cli

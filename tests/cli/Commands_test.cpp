@@ -1,0 +1,75 @@
+// plattmix-cli's commands, run on generated disc images.
+#include "Commands.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+
+#include "DiscWriter.h"
+#include "Fixtures.h"
+#include "discgen/ScratchFolder.h"
+
+using namespace plattmix;
+using namespace plattmix::cli;
+
+namespace {
+
+struct CliRun {
+    int code;
+    std::string out, err;
+};
+
+CliRun RunCli(const std::vector<std::string>& words) {
+    std::ostringstream out, err;
+    const ParseResult parsed = ParseCliArgs(words, {"--drive"}, {});
+    if (!parsed.args)
+        return {kExitUsage, "", parsed.error};
+    const int code = RunCommand(*parsed.args, out, err);
+    return {code, out.str(), err.str()};
+}
+
+}  // namespace
+
+TEST(Cli, TocAndDrivesOfAnImage) {
+    const auto disc = discgen::WriteDisc(discgen::DataTrackFirst(), discgen::test::ScratchFolder());
+    ASSERT_TRUE(disc.ok()) << disc.error;
+    const std::string cue = disc.value->cuePath.string();
+
+    const CliRun drives = RunCli({"drives", "--drive", cue});
+    EXPECT_EQ(drives.code, kExitDone);
+    EXPECT_EQ(drives.out.rfind(cue + ":  ", 0), 0u) << drives.out;
+
+    const CliRun toc = RunCli({"toc", "--drive=" + cue});
+    EXPECT_EQ(toc.code, kExitDone) << toc.err;
+    std::istringstream lines(toc.out);
+    std::string header, first, second;
+    std::getline(lines, header);
+    std::getline(lines, first);
+    std::getline(lines, second);
+    EXPECT_EQ(header, "Track  Dauer   Anfang    Ende      Inhalt");
+    EXPECT_EQ(first.substr(0, 7), "1      ");
+    EXPECT_NE(first.find("00:02:00"), std::string::npos);
+    EXPECT_NE(first.find("Daten"), std::string::npos);
+    EXPECT_NE(second.find("Audio"), std::string::npos);
+}
+
+TEST(Cli, BadUsageAndBadInput) {
+    EXPECT_EQ(RunCli({}).code, kExitUsage);
+    EXPECT_EQ(RunCli({"rip-everything"}).code, kExitUsage);
+    EXPECT_EQ(RunCli({"toc", "--speed", "4"}).code, kExitUsage);
+    EXPECT_EQ(RunCli({"toc", "--drive"}).code, kExitUsage);
+    EXPECT_EQ(RunCli({"toc", "extra"}).code, kExitUsage);
+
+    // A broken sheet: the job fails with the sheet's own message naming file and line.
+    const auto folder = discgen::test::ScratchFolder();
+    std::ofstream(folder / "kaputt.cue") << "FILE \"a.bin\" BINARY\n  TRACK 01 AUDIO\n  INDEX x\n";
+    const CliRun broken = RunCli({"toc", "--drive", (folder / "kaputt.cue").string()});
+    EXPECT_EQ(broken.code, kExitFailed);
+    EXPECT_NE(broken.err.find("kaputt.cue"), std::string::npos) << broken.err;
+
+    // A node that is not an optical drive.
+    const CliRun node = RunCli({"drives", "--drive", "/dev/sr99"});
+    EXPECT_EQ(node.code, kExitFailed);
+    EXPECT_NE(node.err.find("/dev/sr99"), std::string::npos);
+}
