@@ -165,9 +165,6 @@ class Qmp:
                 raise TestbedError(reply["error"].get("desc", str(reply["error"])))
             # Anything else is an event (tray moved and the like): skip it.
 
-    def human(self, line: str) -> str:
-        return self.command("human-monitor-command", **{"command-line": line}).strip()
-
 
 def monitor_action(qmp: Qmp, work: Path, words: list) -> str:
     """Runs one request of the probe; answers a short text, raises on failure."""
@@ -176,14 +173,11 @@ def monitor_action(qmp: Qmp, work: Path, words: list) -> str:
         qmp.command("blockdev-open-tray", device=drive, force=True)
     elif action == "close-tray":
         qmp.command("blockdev-close-tray", device=drive)
-    elif action == "eject":
-        out = qmp.human(f"eject -f {drive}")
-        if out:
-            raise TestbedError(out)
-    elif action == "change":
-        out = qmp.human(f"change {drive} {work / (words[2] + '.iso')} raw")
-        if out:
-            raise TestbedError(out)
+    elif action == "eject":  # the monitor's "eject -f": open the tray, take the medium out
+        qmp.command("eject", device=drive, force=True)
+    elif action == "change":  # the monitor's "change": a new medium, tray closed again
+        qmp.command("blockdev-change-medium", device=drive, format="raw",
+                    filename=str(work / (words[2] + ".iso")))
     elif action != "tray":
         raise TestbedError(f"unknown request {action}")
     for block in qmp.command("query-block"):
@@ -266,21 +260,29 @@ def converse(qemu, control: socket.socket, qmp: Qmp, work: Path, deadline: float
     return result
 
 
+def option_path(path: Path) -> str:
+    """A path inside a QEMU option list, where a comma is written twice."""
+    return str(path).replace(",", ",,")
+
+
 def boot(args, kernel: Path, work: Path, deadline: float, log) -> Run:
     initramfs = build_initramfs(kernel, args.probe, work, args.variant)
-    control_server = listener(work / "control.sock")
-    qmp_server = listener(work / "qmp.sock")
-    console = work / "console.log"
+    # Socket paths are short-lived and must stay short (108 bytes), whatever the build folder.
+    sockets = Path(tempfile.mkdtemp(prefix="plattmix-tb-"))
+    control_server = listener(sockets / "control")
+    qmp_server = listener(sockets / "qmp")
     command = [
         args.qemu, "-nographic", "-no-reboot", "-m", str(args.memory), *accelerators(),
         "-kernel", str(kernel / "vmlinuz"), "-initrd", str(initramfs),
         "-append", "console=ttyS0 panic=-1 loglevel=4 scsi_mod.scan=sync",
-        "-drive", f"if=ide,index=0,media=cdrom,format=raw,file={work / 'disc-a.iso'}",
+        # Drive 0 (the first channel's master) holds disc A; drive 1 (its slave) is empty.
+        "-drive", f"if=ide,index=0,media=cdrom,format=raw,file={option_path(work / 'disc-a.iso')}",
         "-drive", "if=ide,index=1,media=cdrom",
-        "-chardev", f"file,id=console,path={console}", "-serial", "chardev:console",
-        "-chardev", f"socket,id=control,path={work / 'control.sock'}",
-        "-serial", "chardev:control",
-        "-chardev", f"socket,id=qmp,path={work / 'qmp.sock'}", "-mon", "chardev=qmp,mode=control",
+        # ttyS0 is the guest console, ttyS1 the probe's control port.
+        "-chardev", f"file,id=console,path={option_path(work / 'console.log')}",
+        "-serial", "chardev:console",
+        "-chardev", f"socket,id=control,path={sockets / 'control'}", "-serial", "chardev:control",
+        "-chardev", f"socket,id=qmp,path={sockets / 'qmp'}", "-mon", "chardev=qmp,mode=control",
         "-nodefaults", "-monitor", "none",
     ]
     print("qemu: " + " ".join(command), file=log, flush=True)
@@ -309,6 +311,7 @@ def boot(args, kernel: Path, work: Path, deadline: float, log) -> Run:
         errors.close()
         control_server.close()
         qmp_server.close()
+        shutil.rmtree(sockets, ignore_errors=True)
 
 
 def console_tail(work: Path, lines: int = 40) -> str:
@@ -351,7 +354,7 @@ def main() -> int:
         for disc, (tag, sectors) in DISCS.items():
             write_disc(work / f"{disc}.iso", tag, sectors)
         result = boot(args, kernel, work, deadline, log)
-    except TestbedError as error:
+    except (TestbedError, OSError) as error:
         print(f"TESTBED FAILED: {error}", file=log)
         print("--- guest console (last lines) ---\n" + console_tail(work), file=log)
         return 1
@@ -362,7 +365,7 @@ def main() -> int:
     for name, _, detail in failed:
         print(f"FAILED {name}: {detail}", file=log)
     if failed or (args.variant == "drives" and not result.checks):
-        print("--- guest console (last lines) ---\n" + console_tail(work), file=log)
+        print(f"guest console: {work / 'console.log'}", file=log)
         return 1
     if not args.work:
         shutil.rmtree(work, ignore_errors=True)
