@@ -10,7 +10,13 @@ namespace plattmix::scsi {
 namespace {
 constexpr unsigned kDriverSense = 0x08;  // the driver merely reports that sense is present
 constexpr unsigned kDriverStatusMask = 0x0F;
+// The command length of each opcode group (the top three bits of the opcode).
+constexpr std::array<uint8_t, 8> kGroupLength = {6, 10, 10, 12, 16, 12, 10, 10};
 }  // namespace
+
+uint8_t SentCdbLength(uint8_t opcode, uint8_t cdblen) {
+    return std::max(cdblen, kGroupLength[opcode >> 5]);
+}
 
 void BuildSgIoRequest(SgIoRequest& request, std::span<const uint8_t> cdb, uint8_t cdblen,
                       int32_t direction, uint8_t* buffer, int32_t bufferLen, int16_t timeOut) {
@@ -20,7 +26,9 @@ void BuildSgIoRequest(SgIoRequest& request, std::span<const uint8_t> cdb, uint8_
 
     sg_io_hdr_t& h = request.header;
     h.interface_id = 'S';
-    h.cmd_len = cdblen;
+    // The kernel's ATA layer refuses a packet shorter than its opcode's group, so READ CD
+    // sent with ten bytes goes out as twelve; the bytes beyond cdblen are zero.
+    h.cmd_len = SentCdbLength(request.cdb[0], static_cast<uint8_t>(length));
     h.cmdp = request.cdb.data();
     h.mx_sb_len = kSptiSenseLength;
     h.sbp = request.sense.data();

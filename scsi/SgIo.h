@@ -19,6 +19,9 @@ struct SgIoRequest {
     std::array<uint8_t, 32> sense{};
 };
 
+// How many command bytes reach the kernel: cdblen, raised to the opcode group's length.
+uint8_t SentCdbLength(uint8_t opcode, uint8_t cdblen);
+
 // Fills the request; cdb and sense pointers of the header point into the request itself, so
 // it must not be copied after this call.
 void BuildSgIoRequest(SgIoRequest& request, std::span<const uint8_t> cdb, uint8_t cdblen,

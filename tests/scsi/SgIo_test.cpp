@@ -14,9 +14,10 @@ TEST(SgIo, RequestCarriesCdbLengthDirectionAndTimeOut) {
     SgIoRequest r;
     BuildSgIoRequest(r, readCd, 10, 0, buffer.data(), static_cast<int32_t>(buffer.size()), 5);
     EXPECT_EQ(r.header.interface_id, 'S');
-    EXPECT_EQ(r.header.cmd_len, 10);
+    // READ CD belongs to the twelve-byte group: the two bytes beyond cdblen go out as zeros.
+    EXPECT_EQ(r.header.cmd_len, 12);
     EXPECT_EQ(r.cdb[9], 0x10);
-    EXPECT_EQ(r.cdb[10], 0);  // bytes beyond cdblen are never sent
+    EXPECT_EQ(r.cdb[10], 0);
     EXPECT_EQ(r.cdb[11], 0);
     EXPECT_EQ(r.header.dxfer_direction, SG_DXFER_FROM_DEV);
     EXPECT_EQ(r.header.dxfer_len, 27u * 2352u);
@@ -32,6 +33,15 @@ TEST(SgIo, RequestCarriesCdbLengthDirectionAndTimeOut) {
     }
     BuildSgIoRequest(r, std::vector<uint8_t>(6, 0), 6, 0, nullptr, 0, 5);
     EXPECT_EQ(r.header.dxfer_direction, SG_DXFER_NONE);
+}
+
+TEST(SgIo, ShortCommandsAreRaisedToTheirGroupsLength) {
+    EXPECT_EQ(SentCdbLength(0x00, 6), 6);    // TEST UNIT READY
+    EXPECT_EQ(SentCdbLength(0x43, 10), 10);  // READ TOC
+    EXPECT_EQ(SentCdbLength(0xBE, 10), 12);  // READ CD
+    EXPECT_EQ(SentCdbLength(0xA8, 12), 12);  // READ(12)
+    EXPECT_EQ(SentCdbLength(0x88, 10), 16);  // READ(16)
+    EXPECT_EQ(SentCdbLength(0x28, 12), 12);  // never shortened
 }
 
 TEST(SgIo, StatusAndSenseFromTheKernelsAnswer) {
