@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "MmcOpcodes.h"
 #include "modMSF.h"
 
 namespace plattmix::modMMC {
@@ -46,7 +47,7 @@ Cdb6 BuildTestUnitReady() {
 
 Cdb6 BuildInquiry() {
     Cdb6 cdb{};
-    cdb[0] = 0x12;
+    cdb[0] = scsi::kOpInquiry;
     cdb[4] = kInquiryLength;
     return cdb;
 }
@@ -57,7 +58,7 @@ Cdb10 BuildReadTOC(bool msf) {
 
 Cdb10 BuildReadTOCFormat(bool msf, uint8_t format, uint8_t track, uint16_t allocation) {
     Cdb10 cdb{};
-    cdb[0] = 0x43;
+    cdb[0] = scsi::kOpReadToc;
     cdb[1] = msf ? 2 : 0;
     cdb[2] = format;
     cdb[6] = track;
@@ -67,7 +68,7 @@ Cdb10 BuildReadTOCFormat(bool msf, uint8_t format, uint8_t track, uint16_t alloc
 
 Cdb10 BuildRead10(uint32_t lba, uint16_t blocks) {
     Cdb10 cdb{};
-    cdb[0] = 0x28;
+    cdb[0] = scsi::kOpRead10;
     PutBigEndian32(cdb, 2, lba);
     PutBigEndian16(cdb, 7, blocks);
     return cdb;
@@ -75,7 +76,7 @@ Cdb10 BuildRead10(uint32_t lba, uint16_t blocks) {
 
 Cdb10 BuildReadCD(uint32_t lba, uint32_t blocks, uint8_t flags) {
     Cdb10 cdb{};
-    cdb[0] = 0xBE;
+    cdb[0] = scsi::kOpReadCd;
     PutBigEndian32(cdb, 2, lba);
     cdb[6] = static_cast<uint8_t>(ShiftRight(blocks, 16) & 255);
     cdb[7] = static_cast<uint8_t>(ShiftRight(blocks, 8) & 255);
@@ -86,14 +87,14 @@ Cdb10 BuildReadCD(uint32_t lba, uint32_t blocks, uint8_t flags) {
 
 Cdb6 BuildStartStopUnit(bool loadEject, bool start) {
     Cdb6 cdb{};
-    cdb[0] = 0x1B;
+    cdb[0] = scsi::kOpStartStopUnit;
     cdb[4] = static_cast<uint8_t>((loadEject ? 2 : 0) | (start ? 1 : 0));
     return cdb;
 }
 
 Cdb10 BuildGetEventStatus(uint8_t classes, uint16_t allocation) {
     Cdb10 cdb{};
-    cdb[0] = 0x4A;
+    cdb[0] = scsi::kOpGetEventStatus;
     cdb[1] = 1;  // polled
     cdb[4] = classes;
     PutBigEndian16(cdb, 7, allocation);
@@ -102,7 +103,7 @@ Cdb10 BuildGetEventStatus(uint8_t classes, uint16_t allocation) {
 
 Cdb10 BuildReadCapacity() {
     Cdb10 cdb{};
-    cdb[0] = 0x25;
+    cdb[0] = scsi::kOpReadCapacity;
     return cdb;
 }
 

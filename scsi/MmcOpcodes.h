@@ -1,0 +1,19 @@
+// Operation codes of the MMC commands the program sends and the disc-image drive answers.
+#pragma once
+
+#include <cstdint>
+
+namespace plattmix::scsi {
+
+inline constexpr uint8_t kOpTestUnitReady = 0x00;
+inline constexpr uint8_t kOpInquiry = 0x12;
+inline constexpr uint8_t kOpStartStopUnit = 0x1B;
+inline constexpr uint8_t kOpReadCapacity = 0x25;
+inline constexpr uint8_t kOpRead10 = 0x28;
+inline constexpr uint8_t kOpReadToc = 0x43;
+inline constexpr uint8_t kOpGetConfiguration = 0x46;
+inline constexpr uint8_t kOpGetEventStatus = 0x4A;
+inline constexpr uint8_t kOpReadDiscInformation = 0x51;
+inline constexpr uint8_t kOpReadCd = 0xBE;
+
+}  // namespace plattmix::scsi
