@@ -5,7 +5,7 @@
 #include "DriveList.h"
 #include "Fixtures.h"
 #include "TrackList.h"
-#include "discgen/ScratchFolder.h"
+#include "common/ScratchFolder.h"
 #include "imagedrive/clsImageDrive.h"
 #include "modMMC.h"
 #include "modMSF.h"
@@ -16,7 +16,7 @@ using scsi::imagedrive::clsImageDrive;
 namespace {
 
 std::string WriteFixture(discgen::DiscSpec spec) {
-    const auto written = discgen::WriteDisc(spec, discgen::test::ScratchFolder());
+    const auto written = discgen::WriteDisc(spec, plattmix::test::ScratchFolder());
     EXPECT_TRUE(written.ok()) << written.error;
     return written.value->cuePath.string();
 }
@@ -25,7 +25,7 @@ std::string WriteFixture(discgen::DiscSpec spec) {
 
 TEST(ReadTrackList, RowsFollowTheTableOfContents) {
     const auto spec = discgen::DataTrackFirst();
-    const auto written = discgen::WriteDisc(spec, discgen::test::ScratchFolder());
+    const auto written = discgen::WriteDisc(spec, plattmix::test::ScratchFolder());
     ASSERT_TRUE(written.ok()) << written.error;
     clsImageDrive drive;
     const auto handle = drive.AddDrive(written.value->cuePath.string());

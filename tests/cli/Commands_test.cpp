@@ -8,7 +8,7 @@
 
 #include "DiscWriter.h"
 #include "Fixtures.h"
-#include "discgen/ScratchFolder.h"
+#include "common/ScratchFolder.h"
 
 using namespace plattmix;
 using namespace plattmix::cli;
@@ -32,7 +32,8 @@ CliRun RunCli(const std::vector<std::string>& words) {
 }  // namespace
 
 TEST(Cli, TocAndDrivesOfAnImage) {
-    const auto disc = discgen::WriteDisc(discgen::DataTrackFirst(), discgen::test::ScratchFolder());
+    const auto disc =
+        discgen::WriteDisc(discgen::DataTrackFirst(), plattmix::test::ScratchFolder());
     ASSERT_TRUE(disc.ok()) << disc.error;
     const std::string cue = disc.value->cuePath.string();
 
@@ -62,7 +63,7 @@ TEST(Cli, BadUsageAndBadInput) {
     EXPECT_EQ(RunCli({"toc", "extra"}).code, kExitUsage);
 
     // A broken sheet: the job fails with the sheet's own message naming file and line.
-    const auto folder = discgen::test::ScratchFolder();
+    const auto folder = plattmix::test::ScratchFolder();
     std::ofstream(folder / "kaputt.cue") << "FILE \"a.bin\" BINARY\n  TRACK 01 AUDIO\n  INDEX x\n";
     const CliRun broken = RunCli({"toc", "--drive", (folder / "kaputt.cue").string()});
     EXPECT_EQ(broken.code, kExitFailed);

@@ -10,12 +10,12 @@
 #include <vector>
 
 #include "ReferenceReader.h"
-#include "ScratchFolder.h"
+#include "common/ScratchFolder.h"
 
 namespace plattmix::discgen {
 namespace {
 
-using test::ScratchFolder;
+using plattmix::test::ScratchFolder;
 
 std::filesystem::path Ensured(const std::filesystem::path& folder) {
     const Result<std::filesystem::path> cue = EnsureDisc(DemoDiscSpec(), folder);

@@ -8,14 +8,14 @@
 
 #include "Fixtures.h"
 #include "ReferenceReader.h"
-#include "ScratchFolder.h"
+#include "common/ScratchFolder.h"
 
 namespace plattmix::discgen {
 namespace {
 
+using plattmix::test::ScratchFolder;
 using test::ReadBack;
 using test::RefDisc;
-using test::ScratchFolder;
 
 std::string FileBytes(const std::filesystem::path& path) {
     return test::RefFileBytes(path);

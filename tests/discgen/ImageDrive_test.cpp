@@ -8,8 +8,8 @@
 #include "Crc32.h"
 #include "DiscWriter.h"
 #include "Fixtures.h"
-#include "ScratchFolder.h"
 #include "TrackTable.h"
+#include "common/ScratchFolder.h"
 #include "imagedrive/ImageLoader.h"
 #include "imagedrive/clsImageDrive.h"
 #include "modMMC.h"
@@ -18,8 +18,8 @@
 namespace plattmix::discgen {
 namespace {
 
+using plattmix::test::ScratchFolder;
 using scsi::imagedrive::clsImageDrive;
-using test::ScratchFolder;
 
 constexpr uint8_t kUserData = 0x10;  // READ CD flags: user data only (all 2352 audio bytes)
 constexpr uint32_t kBlocksPerRead = 27;

@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "common/ScratchFolder.h"
 #include "imagedrive/clsImageDrive.h"
 
 namespace plattmix::scsi::imagedrive::test {
@@ -18,12 +19,7 @@ namespace fs = std::filesystem;
 
 // An empty folder of its own for one test.
 inline fs::path Scratch(const std::string& name) {
-    const char* base = std::getenv("PLATTMIX_TEST_TMP");
-    const fs::path folder =
-        fs::path(base != nullptr ? base : fs::temp_directory_path().string()) / "imagedrive" / name;
-    fs::remove_all(folder);
-    fs::create_directories(folder);
-    return folder;
+    return plattmix::test::FreshFolder("imagedrive", name);
 }
 
 inline void WriteText(const fs::path& path, std::string_view text) {

@@ -9,6 +9,7 @@
 #include <fstream>
 
 #include "ScsiStatus.h"
+#include "common/ScratchFolder.h"
 #include "modMMC.h"
 
 namespace fs = std::filesystem;
@@ -19,10 +20,7 @@ namespace {
 class SptiTest : public ::testing::Test {
   protected:
     void SetUp() override {
-        const char* tmp = std::getenv("PLATTMIX_TEST_TMP");
-        root = fs::path(tmp ? tmp : "/tmp") / "spti" /
-               ::testing::UnitTest::GetInstance()->current_test_info()->name();
-        fs::remove_all(root);
+        root = plattmix::test::ScratchFolder("spti");
         fs::create_directories(root / "dev");
         fs::create_directories(root / "devices");
     }
