@@ -24,6 +24,8 @@
 #include <string_view>
 #include <vector>
 
+#include "CommandLineChecks.h"
+#include "ProbeChannel.h"
 #include "ScsiStatus.h"
 #include "clsSPTI.h"
 #include "modMMC.h"
@@ -32,6 +34,8 @@
 namespace {
 
 using namespace plattmix;
+using testbed::Channel;
+using testbed::Report;
 namespace fs = std::filesystem;
 
 constexpr size_t kSector = 2048;
@@ -39,7 +43,6 @@ constexpr size_t kRawSector = 2352;
 constexpr uint8_t kReadCdUserData = 0x10;
 constexpr uint8_t kReadCdRaw = 0xF8;  // sync, header, user data, EDC/ECC
 constexpr uint8_t kMediaClass = 16;   // GET EVENT STATUS NOTIFICATION: media events
-constexpr int kAckWaitMs = 60000;
 
 std::string Hex(std::span<const uint8_t> bytes) {
     static constexpr char kDigits[] = "0123456789ABCDEF";
@@ -54,110 +57,6 @@ std::string Hex(std::span<const uint8_t> bytes) {
 std::string Hex2(uint8_t b) {
     return Hex(std::span<const uint8_t>(&b, 1));
 }
-
-// The control port (a serial line to the harness) plus the console, which gets a copy.
-class Channel {
-  public:
-    explicit Channel(const std::string& path) {
-        if (path.empty())
-            return;
-        fd_ = ::open(path.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
-        if (fd_ < 0)
-            return;
-        termios mode{};
-        if (::tcgetattr(fd_, &mode) == 0) {
-            ::cfmakeraw(&mode);
-            ::tcsetattr(fd_, TCSANOW, &mode);
-        }
-    }
-    ~Channel() {
-        if (fd_ >= 0)
-            ::close(fd_);
-    }
-    Channel(const Channel&) = delete;
-    Channel& operator=(const Channel&) = delete;
-
-    void Line(std::string text) {
-        for (char& c : text) {
-            if (c == '\n' || c == '\r')
-                c = ' ';
-        }
-        std::printf("%s\n", text.c_str());
-        std::fflush(stdout);
-        if (fd_ < 0)
-            return;
-        text.push_back('\n');
-        std::string_view rest = text;
-        while (!rest.empty()) {
-            const ssize_t n = ::write(fd_, rest.data(), rest.size());
-            if (n <= 0)
-                return;
-            rest.remove_prefix(static_cast<size_t>(n));
-        }
-    }
-
-    // Sends a request and waits for its answer; nothing when the harness does not answer.
-    std::optional<std::string> Request(const std::string& action) {
-        const std::string seq = std::to_string(++seq_);
-        Line("REQUEST " + seq + " " + action);
-        const std::string prefix = "ACK " + seq + " ";
-        while (fd_ >= 0) {
-            const auto line = ReadLine();
-            if (!line)
-                return std::nullopt;
-            if (line->starts_with(prefix))
-                return line->substr(prefix.size());
-        }
-        return std::nullopt;
-    }
-
-  private:
-    std::optional<std::string> ReadLine() {
-        for (;;) {
-            if (const auto end = pending_.find('\n'); end != std::string::npos) {
-                std::string line = pending_.substr(0, end);
-                pending_.erase(0, end + 1);
-                if (!line.empty() && line.back() == '\r')
-                    line.pop_back();
-                return line;
-            }
-            pollfd p{fd_, POLLIN, 0};
-            if (::poll(&p, 1, kAckWaitMs) <= 0)
-                return std::nullopt;
-            char chunk[256];
-            const ssize_t n = ::read(fd_, chunk, sizeof chunk);
-            if (n <= 0)
-                return std::nullopt;
-            pending_.append(chunk, static_cast<size_t>(n));
-        }
-    }
-
-    int fd_ = -1;
-    unsigned seq_ = 0;
-    std::string pending_;
-};
-
-class Report {
-  public:
-    explicit Report(Channel& channel) : channel_(channel) {}
-    bool Check(const std::string& name, bool ok, const std::string& detail) {
-        (ok ? passed_ : failed_)++;
-        channel_.Line("CHECK " + name + (ok ? " PASS " : " FAIL ") + detail);
-        return ok;
-    }
-    void Info(const std::string& name, const std::string& text) {
-        channel_.Line("INFO " + name + " " + text);
-    }
-    void Done() {
-        channel_.Line("DONE pass=" + std::to_string(passed_) + " fail=" + std::to_string(failed_));
-    }
-    int Failed() const { return failed_; }
-
-  private:
-    Channel& channel_;
-    int passed_ = 0;
-    int failed_ = 0;
-};
 
 // A generated disc: every sector starts with "PLATTMIX", the disc's tag and its LBA.
 struct Disc {
@@ -639,6 +538,8 @@ int main(int argc, char** argv) {
     Channel channel(control);
     Report report(channel);
     if (variant == "drives") {
+        // The command line first, while the drives are as the guest booted them.
+        testbed::CheckCommandLine(report, data + "/plattmix-cli");
         Probe probe(channel, report, data);
         probe.Run();
     } else {

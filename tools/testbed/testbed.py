@@ -109,7 +109,7 @@ def load_order(kernel: Path, wanted: list) -> list:
     return order
 
 
-def build_initramfs(kernel: Path, probe: Path, work: Path, variant: str) -> Path:
+def build_initramfs(kernel: Path, probe: Path, cli, work: Path, variant: str) -> Path:
     modules, nodes = VARIANTS[variant]
     order = load_order(kernel, modules)
     archive = Cpio()
@@ -124,6 +124,8 @@ def build_initramfs(kernel: Path, probe: Path, work: Path, variant: str) -> Path
     archive.file("testbed/nodes", (" ".join(nodes) + "\n").encode())
     archive.file("testbed/variant", (variant + "\n").encode())
     archive.file("testbed/probe", probe.read_bytes(), 0o755)
+    if cli:
+        archive.file("testbed/plattmix-cli", cli.read_bytes(), 0o755)
     # The probe compares what the drives read with these copies.
     for disc in DISCS:
         archive.file(f"testbed/{disc}.iso", (work / f"{disc}.iso").read_bytes())
@@ -266,7 +268,7 @@ def option_path(path: Path) -> str:
 
 
 def boot(args, kernel: Path, work: Path, deadline: float, log) -> Run:
-    initramfs = build_initramfs(kernel, args.probe, work, args.variant)
+    initramfs = build_initramfs(kernel, args.probe, args.cli, work, args.variant)
     # Socket paths are short-lived and must stay short (108 bytes), whatever the build folder.
     sockets = Path(tempfile.mkdtemp(prefix="plattmix-tb-"))
     control_server = listener(sockets / "control")
@@ -324,6 +326,7 @@ def console_tail(work: Path, lines: int = 40) -> str:
 def main() -> int:
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--probe", type=Path, required=True, help="the static probe program")
+    parser.add_argument("--cli", type=Path, help="the static plattmix-cli to run in the guest")
     parser.add_argument("--variant", choices=sorted(VARIANTS), default="drives")
     parser.add_argument("--cache", type=Path, default=prepare.default_cache())
     parser.add_argument("--work", type=Path, help="folder for images and logs (default: temporary)")
