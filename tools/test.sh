@@ -5,6 +5,10 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 bash tools/setup.sh
 
+# Every C++ file as clang-format leaves it.
+find app scsi audiocd encode authoring cli tests tools bench \( -name '*.cpp' -o -name '*.h' \) -print0 |
+    xargs -0 -r clang-format --dry-run --Werror
+
 jobs=$(nproc)
 cmake -S . -B build/debug -G Ninja -DCMAKE_BUILD_TYPE=Debug >/dev/null
 cmake --build build/debug
