@@ -5,9 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <fstream>
 #include <functional>
-#include <vector>
 
 #include "ReferenceReader.h"
 #include "common/ScratchFolder.h"
@@ -16,15 +14,16 @@ namespace plattmix::discgen {
 namespace {
 
 using plattmix::test::ScratchFolder;
+namespace fs = std::filesystem;
 
-std::filesystem::path Ensured(const std::filesystem::path& folder) {
-    const Result<std::filesystem::path> cue = EnsureDisc(DemoDiscSpec(), folder);
+fs::path Ensured(const fs::path& folder) {
+    const Result<fs::path> cue = EnsureDisc(DemoDiscSpec(), folder);
     EXPECT_TRUE(cue.ok()) << cue.error;
-    return cue.ok() ? *cue.value : std::filesystem::path{};
+    return cue.ok() ? *cue.value : fs::path{};
 }
 
 // The demo as the tests' own reader sees it: titles and four tracks of audio.
-void ExpectIntactDemo(const std::filesystem::path& cue) {
+void ExpectIntactDemo(const fs::path& cue) {
     const test::RefDisc disc = test::ReadBack(cue);
     EXPECT_EQ(disc.title, "Plattmix Demo");
     EXPECT_EQ(disc.performer, "Trovalis");
@@ -34,35 +33,29 @@ void ExpectIntactDemo(const std::filesystem::path& cue) {
     EXPECT_EQ(disc.sessionLeadOuts.back(), 15 * 75);
 }
 
-TEST(DemoDisc, IsBuiltWhenMissingAndLeftAloneWhenIntact) {
-    const auto folder = ScratchFolder() / "demo";
-    const auto cue = Ensured(folder);
-    EXPECT_EQ(cue, folder / "PlattmixDemo.cue");
-    ExpectIntactDemo(cue);
-    const auto bin = folder / "PlattmixDemo.bin";
-    const auto written = std::filesystem::last_write_time(bin);
-    std::filesystem::last_write_time(bin, written - std::chrono::hours(1));
-    Ensured(folder);
-    EXPECT_EQ(std::filesystem::last_write_time(bin), written - std::chrono::hours(1));
-}
-
-TEST(DemoDisc, IsRebuiltWhenDamaged) {
+TEST(DemoDisc, IsBuiltWhenMissingLeftAloneWhenIntactAndRebuiltWhenDamaged) {
     const auto folder = ScratchFolder() / "demo";
     const auto bin = folder / "PlattmixDemo.bin";
     const auto cue = folder / "PlattmixDemo.cue";
-    const auto damages = std::vector<std::function<void()>>{
-        [&] { std::filesystem::resize_file(bin, 2352 * 100); },
+    EXPECT_EQ(Ensured(folder), cue);
+    ExpectIntactDemo(cue);
+    const std::string original = test::RefFileBytes(bin);
+    const auto backdated = fs::last_write_time(bin) - std::chrono::hours(1);
+    fs::last_write_time(bin, backdated);
+    Ensured(folder);
+    EXPECT_EQ(fs::last_write_time(bin), backdated);
+
+    const std::vector<std::function<void()>> damages{
+        [&] { fs::resize_file(bin, 2352 * 100); },
         [&] {
             std::fstream f(bin, std::ios::in | std::ios::out | std::ios::binary);
             f.seekp(2352 * 500 + 17);
             f.put('\x5A');
         },
-        [&] { std::filesystem::remove(bin); },
+        [&] { fs::remove(bin); },
         [&] { std::ofstream(cue, std::ios::app) << "REM extra\n"; },
-        [&] { std::filesystem::remove_all(folder); },
+        [&] { fs::remove_all(folder); },
     };
-    Ensured(folder);
-    const std::string original = test::RefFileBytes(bin);
     for (size_t i = 0; i < damages.size(); ++i) {
         SCOPED_TRACE(i);
         damages[i]();
@@ -71,12 +64,8 @@ TEST(DemoDisc, IsRebuiltWhenDamaged) {
         ExpectIntactDemo(cue);
     }
     // No scratch folders are left next to the disc.
-    size_t entries = 0;
-    for ([[maybe_unused]] const auto& e :
-         std::filesystem::directory_iterator(folder.parent_path())) {
-        ++entries;
-    }
-    EXPECT_EQ(entries, 1u);
+    const fs::directory_iterator siblings(folder.parent_path());
+    EXPECT_EQ(std::distance(fs::begin(siblings), fs::end(siblings)), 1);
 }
 
 TEST(DemoDisc, LivesInTheUsersCacheFolder) {
@@ -84,20 +73,20 @@ TEST(DemoDisc, LivesInTheUsersCacheFolder) {
     const char* oldXdg = std::getenv("XDG_CACHE_HOME");
     const std::string savedXdg = oldXdg != nullptr ? oldXdg : "";
     ::setenv("XDG_CACHE_HOME", (root / "xdg").c_str(), 1);
-    const Result<std::filesystem::path> cue = DemoDisc();
-    ASSERT_TRUE(cue.ok()) << cue.error;
-    EXPECT_EQ(*cue.value, root / "xdg" / "plattmix" / "demo" / "PlattmixDemo.cue");
-    ExpectIntactDemo(*cue.value);
+    const Result<fs::path> cue = DemoDisc();
     ::setenv("XDG_CACHE_HOME", "relative/is/ignored", 1);
-    const Result<std::filesystem::path> fallback = DemoCacheFolder();
-    if (const char* home = std::getenv("HOME"); home != nullptr && home[0] == '/') {
-        ASSERT_TRUE(fallback.ok());
-        EXPECT_EQ(*fallback.value, std::filesystem::path(home) / ".cache" / "plattmix" / "demo");
-    }
+    const Result<fs::path> fallback = DemoCacheFolder();
     if (oldXdg != nullptr) {
         ::setenv("XDG_CACHE_HOME", savedXdg.c_str(), 1);
     } else {
         ::unsetenv("XDG_CACHE_HOME");
+    }
+    ASSERT_TRUE(cue.ok()) << cue.error;
+    EXPECT_EQ(*cue.value, root / "xdg" / "plattmix" / "demo" / "PlattmixDemo.cue");
+    ExpectIntactDemo(*cue.value);
+    if (const char* home = std::getenv("HOME"); home != nullptr && home[0] == '/') {
+        ASSERT_TRUE(fallback.ok());
+        EXPECT_EQ(*fallback.value, fs::path(home) / ".cache" / "plattmix" / "demo");
     }
 }
 

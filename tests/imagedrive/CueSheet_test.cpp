@@ -17,6 +17,7 @@ constexpr std::string_view kFullSheet =
     "FILE \"erste Seite.bin\" BINARY\r\n"
     "  TRACK 01 AUDIO\r\n"
     "    TITLE \"Lied Eins\"\r\n"
+    "    PERFORMER \"Die Sängerin\"\r\n"
     "    ISRC DEA123456789\r\n"
     "    FLAGS DCP PRE\r\n"
     "    INDEX 01 00:00:00\r\n"
@@ -30,7 +31,7 @@ constexpr std::string_view kFullSheet =
     "    PREGAP 00:02:00\r\n"
     "    INDEX 01 00:00:00\r\n";
 
-TEST(CueSheetTest, ReadsFilesTracksIndexesTextAndFlags) {
+TEST(CueSheetTest, ReadsFilesTracksIndexesTextAndFlagsAndPlacesThemOnTheDisc) {
     const auto parsed = ParseCueSheet(kFullSheet, "/bilder", "demo.cue");
     ASSERT_TRUE(parsed.ok()) << parsed.Error();
     const CueSheet& sheet = parsed.Value();
@@ -44,6 +45,7 @@ TEST(CueSheetTest, ReadsFilesTracksIndexesTextAndFlags) {
 
     const CueTrack& first = sheet.files[0].tracks[0];
     EXPECT_EQ(first.title, "Lied Eins");
+    EXPECT_EQ(first.performer, "Die Sängerin");
     EXPECT_EQ(first.isrc, "DEA123456789");
     EXPECT_TRUE(first.copyPermitted);
     EXPECT_TRUE(first.preEmphasis);
@@ -56,6 +58,27 @@ TEST(CueSheetTest, ReadsFilesTracksIndexesTextAndFlags) {
     EXPECT_EQ(second.postgap, 5);
     EXPECT_EQ(sheet.files[1].tracks[0].mode, TrackMode::Mode1_2048);
     EXPECT_EQ(sheet.files[1].tracks[0].pregap, 150);
+
+    const int64_t sizes[] = {300 * 2352, 40 * 2048};
+    const auto disc = LayoutDisc(sheet, sizes, "demo.cue");
+    ASSERT_TRUE(disc.ok()) << disc.Error();
+    const auto& tracks = disc.Value().tracks;
+    ASSERT_EQ(tracks.size(), 3u);
+    // Track 1: file sectors 0..74. Track 2: INDEX 00 at 75, INDEX 01 at 150, file to 299,
+    // then 5 postgap sectors. Track 3: 150 pregap sectors without file bytes, then 40 sectors.
+    EXPECT_EQ(tracks[0].start, 0);
+    EXPECT_EQ(tracks[0].end, 75);
+    EXPECT_EQ(tracks[0].control, 0x3);  // copy permitted, pre-emphasis
+    EXPECT_EQ(tracks[1].areaStart, 75);
+    EXPECT_EQ(tracks[1].start, 150);
+    EXPECT_EQ(tracks[1].end, 305);
+    EXPECT_EQ(tracks[1].fileOffset, 75 * 2352);
+    EXPECT_EQ(tracks[2].areaStart, 305);
+    EXPECT_EQ(tracks[2].fileFirst, 455);
+    EXPECT_EQ(tracks[2].start, 455);
+    EXPECT_EQ(tracks[2].end, 495);
+    EXPECT_EQ(tracks[2].control, 0x4);
+    EXPECT_EQ(disc.Value().LeadOut(), 495);
 }
 
 struct BadSheet {
@@ -99,76 +122,33 @@ TEST(CueSheetTest, RejectsBadSheetsNamingFileAndLine) {
     }
 }
 
-TEST(DiscLayoutTest, PlacesGapsIndexesAndFilesInDiscAddresses) {
-    const auto parsed = ParseCueSheet(kFullSheet, "", "demo.cue");
-    ASSERT_TRUE(parsed.ok());
-    const int64_t sizes[] = {300 * 2352, 40 * 2048};
-    const auto disc = LayoutDisc(parsed.Value(), sizes, "demo.cue");
-    ASSERT_TRUE(disc.ok()) << disc.Error();
-    const auto& tracks = disc.Value().tracks;
-    ASSERT_EQ(tracks.size(), 3u);
-    // Track 1: file sectors 0..74. Track 2: INDEX 00 at 75, INDEX 01 at 150, file to 299,
-    // then 5 postgap sectors. Track 3: 150 pregap sectors without file bytes, then 40 sectors.
-    EXPECT_EQ(tracks[0].start, 0);
-    EXPECT_EQ(tracks[0].end, 75);
-    EXPECT_EQ(tracks[0].control, 0x3);  // copy permitted, pre-emphasis
-    EXPECT_EQ(tracks[1].areaStart, 75);
-    EXPECT_EQ(tracks[1].start, 150);
-    EXPECT_EQ(tracks[1].end, 305);
-    EXPECT_EQ(tracks[1].fileOffset, 75 * 2352);
-    EXPECT_EQ(tracks[2].areaStart, 305);
-    EXPECT_EQ(tracks[2].fileFirst, 455);
-    EXPECT_EQ(tracks[2].start, 455);
-    EXPECT_EQ(tracks[2].end, 495);
-    EXPECT_EQ(tracks[2].control, 0x4);
-    EXPECT_EQ(disc.Value().LeadOut(), 495);
-}
-
-TEST(DiscLayoutTest, SecondSessionStartsAfterLeadOutAndLeadIn) {
-    constexpr std::string_view sheet =
-        "FILE a.bin BINARY\nTRACK 01 AUDIO\nINDEX 01 00:00:00\n"
-        "REM SESSION 02\nFILE b.bin BINARY\nTRACK 02 MODE2/2352\nINDEX 01 00:00:00\n";
-    const auto parsed = ParseCueSheet(sheet, "", "e.cue");
-    ASSERT_TRUE(parsed.ok()) << parsed.Error();
-    const int64_t sizes[] = {100 * 2352, 20 * 2352};
-    const auto disc = LayoutDisc(parsed.Value(), sizes, "e.cue");
-    ASSERT_TRUE(disc.ok()) << disc.Error();
-    ASSERT_EQ(disc.Value().sessions.size(), 2u);
-    EXPECT_EQ(disc.Value().sessions[0].leadOut, 100);
-    EXPECT_EQ(disc.Value().tracks[1].start, 100 + 11400);
-    EXPECT_EQ(disc.Value().LeadOut(), 100 + 11400 + 20);
-    EXPECT_EQ(disc.Value().TrackAt(5000), nullptr);
-}
-
-TEST(DiscLayoutTest, TracksOfDifferentSectorSizesShareAFile) {
-    constexpr std::string_view sheet =
+TEST(DiscLayoutTest, SectorSizesMixInAFileWhoseSizeMustFit) {
+    const auto mixed = ParseCueSheet(
         "FILE a.bin BINARY\nTRACK 01 MODE1/2048\nINDEX 01 00:00:00\n"
-        "TRACK 02 AUDIO\nINDEX 01 00:00:10\n";
-    const auto parsed = ParseCueSheet(sheet, "", "m.cue");
-    ASSERT_TRUE(parsed.ok());
-    const int64_t sizes[] = {10 * 2048 + 4 * 2352};
-    const auto disc = LayoutDisc(parsed.Value(), sizes, "m.cue");
+        "TRACK 02 AUDIO\nINDEX 01 00:00:10\n",
+        "", "m.cue");
+    ASSERT_TRUE(mixed.ok());
+    const int64_t mixedSize[] = {10 * 2048 + 4 * 2352};
+    const auto disc = LayoutDisc(mixed.Value(), mixedSize, "m.cue");
     ASSERT_TRUE(disc.ok()) << disc.Error();
     EXPECT_EQ(disc.Value().tracks[1].fileOffset, 10 * 2048);
     EXPECT_EQ(disc.Value().tracks[1].fileCount, 4);
-}
 
-TEST(DiscLayoutTest, ShortOrRaggedFileIsAnErrorAtItsLine) {
-    constexpr std::string_view sheet =
-        "FILE a.bin BINARY\nTRACK 01 AUDIO\nINDEX 01 00:00:00\nTRACK 02 AUDIO\n"
-        "INDEX 01 00:01:00\n";
-    const auto parsed = ParseCueSheet(sheet, "", "s.cue");
-    ASSERT_TRUE(parsed.ok());
+    const auto audio = ParseCueSheet(
+        "FILE a.bin BINARY\nTRACK 01 AUDIO\nINDEX 01 00:00:00\n"
+        "TRACK 02 AUDIO\nINDEX 01 00:01:00\n",
+        "", "s.cue");
+    ASSERT_TRUE(audio.ok());
     const int64_t tooShort[] = {50 * 2352};
-    EXPECT_EQ(LayoutDisc(parsed.Value(), tooShort, "s.cue").Error(),
+    EXPECT_EQ(LayoutDisc(audio.Value(), tooShort, "s.cue").Error(),
               "s.cue, Zeile 5: Datei 'a.bin' ist zu kurz");
     const int64_t ragged[] = {80 * 2352 + 100};
-    EXPECT_EQ(LayoutDisc(parsed.Value(), ragged, "s.cue").Error(),
+    EXPECT_EQ(LayoutDisc(audio.Value(), ragged, "s.cue").Error(),
               "s.cue, Zeile 1: Datei 'a.bin' endet mitten in einem Sektor");
 }
 
 TEST(ImageLoaderTest, LoadsSheetsAndIsoFilesAndReportsMissingFiles) {
-    const fs::path folder = Scratch("loader");
+    const fs::path folder = Scratch();
     WriteBytes(folder / "spur eins.bin", Stamped(30, 2352, 1));
     WriteText(folder / "ok.cue",
               "FILE \"spur eins.bin\" BINARY\nTRACK 01 AUDIO\nINDEX 01 00:00:00\n");

@@ -10,45 +10,23 @@
 namespace plattmix::scsi::imagedrive::test {
 namespace {
 
-using Bytes = std::vector<uint8_t>;
-
-constexpr uint32_t kInvalidField = 0x052400;
-constexpr uint32_t kOutOfRange = 0x052100;
-constexpr uint32_t kIllegalMode = 0x056400;
 constexpr uint32_t kUnrecoveredRead = 0x031105;
 constexpr uint8_t kFlagsAll = 0xF8;
 constexpr uint8_t kFlagsUser = 0x10;
 
 // Sector s of a stamped file, as the file holds it.
 Bytes StoredSector(size_t sectors, size_t size, unsigned seed, size_t s) {
-    const Bytes all = Stamped(sectors, size, seed);
-    return Bytes(all.begin() + static_cast<std::ptrdiff_t>(s * size),
-                 all.begin() + static_cast<std::ptrdiff_t>((s + 1) * size));
+    return Slice(Stamped(sectors, size, seed), s * size, size);
 }
 
-Bytes Slice(const Bytes& bytes, size_t from, size_t count) {
-    return Bytes(bytes.begin() + static_cast<std::ptrdiff_t>(from),
-                 bytes.begin() + static_cast<std::ptrdiff_t>(from + count));
-}
-
-class ImageDriveReadTest : public ::testing::Test {
+class ImageDriveReadTest : public DriveTest {
   protected:
-    void SetUp() override {
-        const auto added = drive.AddDrive(WriteSmallDisc(
-            Scratch(::testing::UnitTest::GetInstance()->current_test_info()->name())));
-        ASSERT_TRUE(added.ok()) << added.Error();
-        handle = added.Value();
-    }
+    void SetUp() override { handle = Add(WriteSmallDisc(Scratch())); }
     Outcome ReadCd(uint32_t lba, uint32_t blocks, uint8_t flags, size_t buffer,
                    uint8_t expectedType = 0) {
         return Send(drive, handle, ReadCdCdb(lba, blocks, flags, expectedType), buffer);
     }
-    // Status 2 and the sense, or the status alone.
-    uint32_t Failure(const Outcome& outcome) const {
-        return outcome.status == 2 ? SenseOf(drive) : static_cast<uint32_t>(outcome.status);
-    }
 
-    clsImageDrive drive;
     std::string handle;
 };
 
@@ -149,7 +127,7 @@ TEST_F(ImageDriveReadTest, InjectedReadErrorsFailTheWholeCommand) {
     EXPECT_FALSE(drive.AddReadError("kein Laufwerk", 0, 1));
 }
 
-TEST_F(ImageDriveReadTest, InjectedTimeOutsEndWithStatus255) {
+TEST_F(ImageDriveReadTest, InjectedTimeOutsEndWithStatus255AndThrottlingKeepsTheBytes) {
     ASSERT_TRUE(drive.AddTimeOutRange(handle, 30, 1));
     EXPECT_EQ(ReadCd(29, 2, kFlagsAll, 2 * 2352).status, 255);
     EXPECT_EQ(SenseOf(drive), 0u);
@@ -159,34 +137,13 @@ TEST_F(ImageDriveReadTest, InjectedTimeOutsEndWithStatus255) {
     EXPECT_EQ(Send(drive, handle, {0x12, 0, 0, 0, 36, 0}, 36).status, 255);
     EXPECT_EQ(Send(drive, handle, kTestUnitReady).status, 255);
     EXPECT_EQ(Send(drive, handle, kTestUnitReady).status, 0);
-}
 
-TEST_F(ImageDriveReadTest, ThrottledReadsStillDeliverTheSameBytes) {
     ASSERT_TRUE(drive.SetReadSpeed(handle, 48));
     EXPECT_EQ(ReadCd(0, 1, kFlagsAll, 2352).data, StoredSector(kAudioSectors, 2352, kAudioSeed, 0));
 }
 
-TEST(ImageDriveIsoTest, IsoFileIsOneMode1Track) {
-    const fs::path folder = Scratch("iso");
-    WriteBytes(folder / "daten.iso", Stamped(16, 2048, 5));
-    clsImageDrive drive;
-    const auto added = drive.AddDrive((folder / "daten.iso").string());
-    ASSERT_TRUE(added.ok()) << added.Error();
-    const Outcome toc = Send(drive, added.Value(), TocCdb(false, 0, 0, 804), 804);
-    EXPECT_EQ(Slice(toc.data, 0, 20),
-              (Bytes{0x00, 0x12, 0x01, 0x01, 0x00, 0x14, 0x01, 0x00, 0x00, 0x00,
-                     0x00, 0x00, 0x00, 0x14, 0xAA, 0x00, 0x00, 0x00, 0x00, 0x10}));
-    EXPECT_EQ(Send(drive, added.Value(), Read10Cdb(15, 1), 2048).data,
-              StoredSector(16, 2048, 5, 15));
-    const Outcome raw = Send(drive, added.Value(), ReadCdCdb(15, 1, kFlagsAll), 2352);
-    EXPECT_EQ(Slice(raw.data, 12, 4), (Bytes{0x00, 0x02, 0x15, 0x01}));
-}
-
-TEST(ImageDriveEnhancedTest, Mode2Form1SectorsOfTheSecondSession) {
-    clsImageDrive drive;
-    const auto added = drive.AddDrive(WriteEnhancedDisc(Scratch("enhanced")));
-    ASSERT_TRUE(added.ok()) << added.Error();
-    const std::string handle = added.Value();
+TEST_F(DriveTest, Mode2Form1SectorsOfTheSecondSession) {
+    const std::string handle = Add(WriteEnhancedDisc(Scratch()));
     Bytes stored = Stamped(10, 2352, 3);
     stored[18] = 0x08;
     stored[22] = 0x08;
@@ -197,10 +154,9 @@ TEST(ImageDriveEnhancedTest, Mode2Form1SectorsOfTheSecondSession) {
     EXPECT_EQ(form1.data, Slice(stored, 24, 2048));
     EXPECT_EQ(Send(drive, handle, Read10Cdb(11420, 1), 2048).data, Slice(stored, 24, 2048));
     EXPECT_EQ(Send(drive, handle, ReadCdCdb(11420, 1, 0x50), 2056).data, Slice(stored, 16, 2056));
-    EXPECT_EQ(Send(drive, handle, ReadCdCdb(11420, 1, kFlagsUser, 5), 2048).status, 2);
-    EXPECT_EQ(SenseOf(drive), kIllegalMode);
-    EXPECT_EQ(Send(drive, handle, ReadCdCdb(5000, 1, kFlagsAll), 2352).status, 2);  // between
-    EXPECT_EQ(SenseOf(drive), kOutOfRange);
+    EXPECT_EQ(Failure(Send(drive, handle, ReadCdCdb(11420, 1, kFlagsUser, 5), 2048)), kIllegalMode);
+    EXPECT_EQ(Failure(Send(drive, handle, ReadCdCdb(5000, 1, kFlagsAll), 2352)),  // between
+              kOutOfRange);
 }
 
 }  // namespace

@@ -2,8 +2,9 @@
 // from the test itself, and command blocks sent through the transport interface.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstdint>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -18,8 +19,8 @@ namespace plattmix::scsi::imagedrive::test {
 namespace fs = std::filesystem;
 
 // An empty folder of its own for one test.
-inline fs::path Scratch(const std::string& name) {
-    return plattmix::test::FreshFolder("imagedrive", name);
+inline fs::path Scratch() {
+    return plattmix::test::ScratchFolder("imagedrive");
 }
 
 inline void WriteText(const fs::path& path, std::string_view text) {
@@ -35,11 +36,8 @@ inline void WriteBytes(const fs::path& path, const std::vector<uint8_t>& bytes) 
 // Sectors whose bytes tell where they come from: byte i of sector s is (seed + s * 7 + i) % 251.
 inline std::vector<uint8_t> Stamped(size_t sectors, size_t sectorSize, unsigned seed) {
     std::vector<uint8_t> bytes(sectors * sectorSize);
-    for (size_t s = 0; s < sectors; ++s) {
-        for (size_t i = 0; i < sectorSize; ++i) {
-            bytes[s * sectorSize + i] = static_cast<uint8_t>((seed + s * 7 + i) % 251);
-        }
-    }
+    for (size_t k = 0; k < bytes.size(); ++k)
+        bytes[k] = static_cast<uint8_t>((seed + k / sectorSize * 7 + k % sectorSize) % 251);
     return bytes;
 }
 
@@ -49,13 +47,13 @@ struct Outcome {
     bool guardIntact = true;    // nothing was written past the buffer's length
 };
 
-// Sends the bytes with the given cdblen (0: all of them) into a buffer of bufferSize bytes.
+// Sends the command block into a buffer of bufferSize bytes.
 inline Outcome Send(clsImageDrive& drive, const std::string& handle, std::vector<uint8_t> cdb,
-                    size_t bufferSize = 0, uint8_t cdblen = 0) {
+                    size_t bufferSize = 0) {
     constexpr size_t kGuard = 64;
     std::vector<uint8_t> memory(bufferSize + kGuard, 0xEE);
     std::string h = handle;
-    uint8_t length = cdblen != 0 ? cdblen : static_cast<uint8_t>(cdb.size());
+    uint8_t length = static_cast<uint8_t>(cdb.size());
     int32_t direction = 0;
     int16_t timeOut = 5;
     Outcome outcome;
@@ -69,44 +67,33 @@ inline Outcome Send(clsImageDrive& drive, const std::string& handle, std::vector
     return outcome;
 }
 
+// Writes value big-endian into count bytes from at.
+inline void PutBe(std::vector<uint8_t>& cdb, size_t at, uint32_t value, size_t count) {
+    for (size_t i = 0; i < count; ++i)
+        cdb[at + i] = static_cast<uint8_t>(value >> (8 * (count - 1 - i)));
+}
+
 inline std::vector<uint8_t> ReadCdCdb(uint32_t lba, uint32_t blocks, uint8_t flags,
                                       uint8_t expectedType = 0) {
-    return {0xBE,
-            static_cast<uint8_t>(expectedType << 2),
-            static_cast<uint8_t>(lba >> 24),
-            static_cast<uint8_t>(lba >> 16),
-            static_cast<uint8_t>(lba >> 8),
-            static_cast<uint8_t>(lba),
-            static_cast<uint8_t>(blocks >> 16),
-            static_cast<uint8_t>(blocks >> 8),
-            static_cast<uint8_t>(blocks),
-            flags};
+    std::vector<uint8_t> cdb{0xBE, static_cast<uint8_t>(expectedType << 2), 0, 0, 0, 0, 0, 0, 0,
+                             flags};
+    PutBe(cdb, 2, lba, 4);
+    PutBe(cdb, 6, blocks, 3);
+    return cdb;
 }
 
 inline std::vector<uint8_t> Read10Cdb(uint32_t lba, uint16_t blocks) {
-    return {0x28,
-            0,
-            static_cast<uint8_t>(lba >> 24),
-            static_cast<uint8_t>(lba >> 16),
-            static_cast<uint8_t>(lba >> 8),
-            static_cast<uint8_t>(lba),
-            0,
-            static_cast<uint8_t>(blocks >> 8),
-            static_cast<uint8_t>(blocks),
-            0};
+    std::vector<uint8_t> cdb{0x28, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+    PutBe(cdb, 2, lba, 4);
+    PutBe(cdb, 7, blocks, 2);
+    return cdb;
 }
 
 inline std::vector<uint8_t> TocCdb(bool msf, uint8_t format, uint8_t track, uint16_t allocation) {
-    return {0x43,
-            static_cast<uint8_t>(msf ? 2 : 0),
-            format,
-            0,
-            0,
-            0,
-            track,
-            static_cast<uint8_t>(allocation >> 8),
-            static_cast<uint8_t>(allocation),
-            0};
+    std::vector<uint8_t> cdb{0x43, static_cast<uint8_t>(msf ? 2 : 0), format, 0, 0, 0, track, 0, 0,
+                             0};
+    PutBe(cdb, 7, allocation, 2);
+    return cdb;
 }
 
 inline const std::vector<uint8_t> kTestUnitReady{0, 0, 0, 0, 0, 0};
@@ -115,6 +102,40 @@ inline const std::vector<uint8_t> kTestUnitReady{0, 0, 0, 0, 0, 0};
 inline uint32_t SenseOf(const clsImageDrive& drive) {
     return (uint32_t{drive.LastSK()} << 16) | (uint32_t{drive.LastASC()} << 8) | drive.LastASCQ();
 }
+
+inline constexpr uint32_t kInvalidField = 0x052400;
+inline constexpr uint32_t kOutOfRange = 0x052100;
+inline constexpr uint32_t kIllegalMode = 0x056400;
+
+using Bytes = std::vector<uint8_t>;
+
+inline Bytes Slice(const Bytes& bytes, size_t from, size_t count) {
+    return Bytes(bytes.begin() + static_cast<std::ptrdiff_t>(from),
+                 bytes.begin() + static_cast<std::ptrdiff_t>(from + count));
+}
+
+// One image drive and short ways to talk to it.
+class DriveTest : public ::testing::Test {
+  protected:
+    std::string Add(const std::string& path) {
+        auto added = drive.AddDrive(path);
+        EXPECT_TRUE(added.ok()) << added.Error();
+        return added.ok() ? added.Value() : std::string();
+    }
+    int32_t Status(const std::string& handle, const Bytes& cdb) {
+        return Send(drive, handle, cdb).status;
+    }
+    // Status 2 and the sense, or the status alone.
+    uint32_t Failure(const Outcome& outcome) const {
+        return outcome.status == 2 ? SenseOf(drive) : static_cast<uint32_t>(outcome.status);
+    }
+    // The sense of a TEST UNIT READY: 0 when ready.
+    uint32_t Ready(const std::string& handle) {
+        return Failure(Send(drive, handle, kTestUnitReady));
+    }
+
+    clsImageDrive drive;
+};
 
 // Two audio tracks in one BIN (track 2 with an index 00) and a Mode 1 track from 2048-byte
 // sectors behind a two-second pregap:
@@ -128,16 +149,9 @@ inline std::string WriteSmallDisc(const fs::path& folder) {
     WriteBytes(folder / "audio eins.bin", Stamped(kAudioSectors, 2352, kAudioSeed));
     WriteBytes(folder / "daten.bin", Stamped(kDataSectors, 2048, kDataSeed));
     WriteText(folder / "klein.cue",
-              "FILE \"audio eins.bin\" BINARY\n"
-              "  TRACK 01 AUDIO\n"
-              "    INDEX 01 00:00:00\n"
-              "  TRACK 02 AUDIO\n"
-              "    INDEX 00 00:00:10\n"
-              "    INDEX 01 00:00:20\n"
-              "FILE \"daten.bin\" BINARY\n"
-              "  TRACK 03 MODE1/2048\n"
-              "    PREGAP 00:02:00\n"
-              "    INDEX 01 00:00:00\n");
+              "FILE \"audio eins.bin\" BINARY\nTRACK 01 AUDIO\nINDEX 01 00:00:00\n"
+              "TRACK 02 AUDIO\nINDEX 00 00:00:10\nINDEX 01 00:00:20\n"
+              "FILE daten.bin BINARY\nTRACK 03 MODE1/2048\nPREGAP 00:02:00\nINDEX 01 00:00:00\n");
     return (folder / "klein.cue").string();
 }
 
