@@ -3,12 +3,11 @@
 #include <algorithm>
 #include <array>
 
+#include "MmcOpcodes.h"
+
 namespace plattmix::scsi::imagedrive {
 
 namespace {
-
-constexpr uint8_t kOpRead10 = 0x28;
-constexpr uint8_t kOpReadCd = 0xBE;
 
 int32_t Lba(Cdb cdb) {
     const uint32_t value = (uint32_t{cdb[2]} << 24) | (uint32_t{cdb[3]} << 16) |
@@ -57,6 +56,27 @@ size_t Append(std::span<uint8_t> buffer, size_t filled, std::span<const uint8_t>
     return filled + n;
 }
 
+// Reads the blocks one sector at a time; take(kind, sector, filled) copies what the command
+// wants of each sector into the buffer, or answers the failure that ends the read.
+template <typename TakeFn>
+CommandResult ReadSectors(const SectorSource& medium, const Faults& faults, int64_t lba,
+                          int64_t blocks, std::span<uint8_t> buffer, TakeFn take) {
+    if (blocks == 0)
+        return CommandResult::Good();
+    if (auto failure = Precheck(medium, faults, lba, blocks))
+        return *failure;
+    std::array<uint8_t, kRawSectorSize> sector{};
+    size_t filled = 0;
+    for (int64_t i = 0; i < blocks && filled < buffer.size(); ++i) {
+        const RawSector raw = medium.Read(static_cast<int32_t>(lba + i), sector);
+        if (auto failure = ReadFailure(raw.result))
+            return *failure;
+        if (auto failure = take(raw.kind, std::span<const uint8_t>(sector), filled))
+            return *failure;
+    }
+    return CommandResult::Good(filled);
+}
+
 }  // namespace
 
 int64_t RequestedBlocks(Cdb cdb) {
@@ -75,57 +95,38 @@ CommandResult ExecuteReadCd(const SectorSource& medium, const Faults& faults, Cd
         return kInvalidField;
     if (!SelectFields(SectorKind::Audio, flags))
         return kInvalidField;  // reserved C2 code
-    const int64_t lba = Lba(cdb);
-    const int64_t blocks = RequestedBlocks(cdb);
-    if (blocks == 0)
-        return CommandResult::Good();
-    if (auto failure = Precheck(medium, faults, lba, blocks))
-        return *failure;
-
-    std::array<uint8_t, kRawSectorSize> sector{};
     const std::array<uint8_t, 296> noC2Errors{};
-    size_t filled = 0;
-    for (int64_t i = 0; i < blocks && filled < buffer.size(); ++i) {
-        const RawSector raw = medium.Read(static_cast<int32_t>(lba + i), sector);
-        if (auto failure = ReadFailure(raw.result))
-            return *failure;
-        if (!MatchesExpectedType(expectedType, raw.kind))
-            return kIllegalMode;
-        const auto fields = SelectFields(raw.kind, flags);
-        if (!fields)
-            return kInvalidField;
-        for (size_t r = 0; r < fields->rangeCount; ++r) {
-            const ByteRange range = fields->ranges[r];
-            filled = Append(buffer, filled,
-                            std::span<const uint8_t>(sector).subspan(range.offset, range.length));
-        }
-        filled = Append(buffer, filled, std::span(noC2Errors).first(fields->c2Bytes));
-    }
-    return CommandResult::Good(filled);
+    return ReadSectors(
+        medium, faults, Lba(cdb), RequestedBlocks(cdb), buffer,
+        [&](SectorKind kind, std::span<const uint8_t> sector,
+            size_t& filled) -> std::optional<CommandResult> {
+            if (!MatchesExpectedType(expectedType, kind))
+                return kIllegalMode;
+            const auto fields = SelectFields(kind, flags);
+            if (!fields)
+                return kInvalidField;
+            for (size_t r = 0; r < fields->rangeCount; ++r) {
+                const ByteRange range = fields->ranges[r];
+                filled = Append(buffer, filled, sector.subspan(range.offset, range.length));
+            }
+            filled = Append(buffer, filled, std::span(noC2Errors).first(fields->c2Bytes));
+            return std::nullopt;
+        });
 }
 
 CommandResult ExecuteRead10(const SectorSource& medium, const Faults& faults, Cdb cdb,
                             std::span<uint8_t> buffer) {
-    const int64_t lba = static_cast<uint32_t>(Lba(cdb));
-    const int64_t blocks = RequestedBlocks(cdb);
-    if (blocks == 0)
-        return CommandResult::Good();
-    if (auto failure = Precheck(medium, faults, lba, blocks))
-        return *failure;
-
-    std::array<uint8_t, kRawSectorSize> sector{};
-    size_t filled = 0;
-    for (int64_t i = 0; i < blocks && filled < buffer.size(); ++i) {
-        const RawSector raw = medium.Read(static_cast<int32_t>(lba + i), sector);
-        if (auto failure = ReadFailure(raw.result))
-            return *failure;
-        const auto user = BlockUserData(raw.kind);
-        if (!user)
-            return kIllegalMode;
-        filled = Append(buffer, filled,
-                        std::span<const uint8_t>(sector).subspan(user->offset, user->length));
-    }
-    return CommandResult::Good(filled);
+    const int64_t lba = static_cast<uint32_t>(Lba(cdb));  // READ(10) addresses are unsigned
+    return ReadSectors(medium, faults, lba, RequestedBlocks(cdb), buffer,
+                       [&](SectorKind kind, std::span<const uint8_t> sector,
+                           size_t& filled) -> std::optional<CommandResult> {
+                           const auto user = BlockUserData(kind);
+                           if (!user)
+                               return kIllegalMode;
+                           filled =
+                               Append(buffer, filled, sector.subspan(user->offset, user->length));
+                           return std::nullopt;
+                       });
 }
 
 }  // namespace plattmix::scsi::imagedrive
