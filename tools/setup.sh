@@ -6,6 +6,10 @@ set -euo pipefail
 packages=(
     # build
     g++ cmake ninja-build pkg-config
+    # the window: Qt 6 Widgets, Tahoma (Wine's metric-compatible one) and Arial's stand-in
+    qt6-base-dev fonts-wine fonts-liberation2
+    # the window's tests on a real X display, and checks of the installed desktop files
+    xvfb xauth appstream desktop-file-utils
     # tests and benchmarks
     libgtest-dev libgmock-dev libbenchmark-dev clang-format
 )
