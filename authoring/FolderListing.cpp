@@ -1,0 +1,86 @@
+#include "FolderListing.h"
+
+#include <fnmatch.h>
+
+#include <string_view>
+
+#include "FolderReader.h"
+
+namespace plattmix::authoring {
+
+namespace {
+
+void AddSlash(std::string& folder) {
+    if (folder.empty() || folder.back() != '/')
+        folder += '/';
+}
+
+// "*.*" means every name, with or without a dot.
+bool Matches(const char* name, const std::string& pattern) {
+    return pattern == "*.*" || pattern == "*" || fnmatch(pattern.c_str(), name, 0) == 0;
+}
+
+void AddFile(const std::string& path, int64_t size, FolderListing& listing) {
+    listing.ListTotal += size;
+    if (size >= kLargeFileSize)
+        listing.ListHasLargeFile = true;
+    listing.ListFiles.push_back(path);
+}
+
+}  // namespace
+
+void ListOrdnerDateien(std::string folder, const std::string& pattern, FolderListing& listing,
+                       const ScanHooks& hooks) {
+    try {
+        AddSlash(folder);
+        FolderReader reader(folder);
+        while (const dirent* entry = reader.Next()) {
+            if (EscapePressed(hooks))
+                return;
+            YieldToWindow(hooks);
+            const char* name = entry->d_name;
+            int64_t size = 0;
+            if (name[0] == '\0' || reader.Kind(*entry) != EntryKind::File ||
+                !Matches(name, pattern) || !reader.Size(name, size))
+                continue;
+            AddFile(folder + name, size, listing);
+        }
+    } catch (...) {
+        // Out of memory or a hook that threw: the listing stays as far as it got.
+    }
+}
+
+void ListUnterordner(std::string folder, const std::string& pattern, FolderListing& listing,
+                     const ScanHooks& hooks) {
+    try {
+        AddSlash(folder);
+        FolderReader reader(folder);
+        while (const dirent* entry = reader.Next()) {
+            if (EscapePressed(hooks))
+                return;
+            YieldToWindow(hooks);
+            const char* name = entry->d_name;
+            if (IsDotEntry(name) || reader.Kind(*entry) != EntryKind::Folder ||
+                !Matches(name, pattern))
+                continue;
+            const std::string sub = folder + name;
+            listing.ListFolders.push_back(sub);
+            ListOrdnerDateien(sub, "*.*", listing, hooks);
+            ListUnterordner(sub, "*.*", listing, hooks);
+        }
+    } catch (...) {
+        // As above.
+    }
+}
+
+std::string ShowOrdnerInhalt(const std::string& folder, FolderListing& listing,
+                             const ScanHooks& hooks, const NumberFormat& format) {
+    listing = FolderListing{};
+    ListOrdnerDateien(folder, "*.*", listing, hooks);
+    ListUnterordner(folder, "*.*", listing, hooks);
+    listing.ListFolders.shrink_to_fit();
+    listing.ListFiles.shrink_to_fit();
+    return FormatGroesse(listing.ListTotal, format);
+}
+
+}  // namespace plattmix::authoring
