@@ -11,6 +11,8 @@ namespace plattmix::authoring {
 struct NumberFormat {
     std::string thousandsSep = ",";
     std::string decimalSep = ".";
+
+    bool operator==(const NumberFormat&) const = default;
 };
 
 // The signs of the user's locale (LC_ALL, LC_NUMERIC, LANG), read anew on each call. A locale
