@@ -3,6 +3,8 @@
 #include <langinfo.h>
 #include <locale.h>
 
+#include <string_view>
+
 namespace plattmix::authoring {
 
 namespace {
@@ -37,33 +39,36 @@ uint64_t Rounded(int64_t bytes, int64_t unit, uint64_t scale) {
 
 std::string WithTwoDecimals(uint64_t hundredths, const NumberFormat& format) {
     const uint64_t cents = hundredths % 100;
-    return Grouped(hundredths / 100, format.thousandsSep) + format.decimalSep +
-           static_cast<char>('0' + cents / 10) + static_cast<char>('0' + cents % 10);
+    std::string text = Grouped(hundredths / 100, format.thousandsSep);
+    text.append(format.decimalSep);
+    text.push_back(static_cast<char>('0' + cents / 10));
+    text.push_back(static_cast<char>('0' + cents % 10));
+    return text;
 }
 
 std::string Bytes(int64_t bytes, const NumberFormat& format) {
     if (bytes >= 0)
         return Grouped(static_cast<uint64_t>(bytes), format.thousandsSep);
     // The magnitude of the most negative value does not fit an int64_t; it does fit unsigned.
-    return "-" + Grouped(0 - static_cast<uint64_t>(bytes), format.thousandsSep);
+    std::string text = "-";
+    text.append(Grouped(0 - static_cast<uint64_t>(bytes), format.thousandsSep));
+    return text;
 }
 
 }  // namespace
 
 NumberFormat SystemNumberFormat() {
-    NumberFormat format;
     locale_t user = newlocale(LC_NUMERIC_MASK, "", nullptr);
     if (user == nullptr)
-        return format;
+        return NumberFormat{};
+    NumberFormat format;
     try {
-        const std::string thousands = nl_langinfo_l(THOUSEP, user);
-        const std::string decimal = nl_langinfo_l(RADIXCHAR, user);
-        if (!decimal.empty())
-            format.decimalSep = decimal;
-        if (!thousands.empty())
-            format.thousandsSep = thousands;
-        else if (format.decimalSep == ",")
-            format.thousandsSep = ".";
+        const std::string_view thousands = nl_langinfo_l(THOUSEP, user);
+        const std::string_view decimal = nl_langinfo_l(RADIXCHAR, user);
+        // A locale without a grouping sign still gets one, different from its decimal sign.
+        const std::string_view fallback = decimal == "," ? "." : ",";
+        format = NumberFormat{std::string(thousands.empty() ? fallback : thousands),
+                              std::string(decimal.empty() ? "." : decimal)};
     } catch (...) {
         format = NumberFormat{};
     }

@@ -133,9 +133,9 @@ class EscapeTest : public ::testing::Test {
     void SetUp() override {
         MakeFile(root / "deep" / "d1", kDeepFile);
         MakeFile(root / "deep" / "d2", kDeepFile);
-        // Enough root files that some are read after "deep".
+        // Enough root files (named by number) that some are read after "deep".
         for (int i = 0; i < 64 && !DeepHasSuccessor(); ++i)
-            MakeFile(root / ("r" + std::to_string(i)), int64_t{1} << i % 20);
+            MakeFile(root / std::to_string(i), int64_t{1} << i % 20);
         ASSERT_TRUE(DeepHasSuccessor());
         const auto order = test::ReadOrder(root);
         const auto deep = std::find(order.begin(), order.end(), "deep");
