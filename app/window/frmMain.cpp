@@ -1,0 +1,305 @@
+// The main window's life: the load, the two timers that fill and refresh the drive list, the
+// buttons that belong to every page, the F9 key and the orderly end.
+#include "frmMain.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCheckBox>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QDesktopServices>
+#include <QFrame>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QScreen>
+#include <QTimer>
+#include <QUrl>
+
+#include "DriveList.h"
+#include "MountPoint.h"
+#include "MsgBox.h"
+#include "TabSize.h"
+#include "TabStrip.h"
+#include "TrackList.h"
+#include "TrackListView.h"
+#include "TransportChoice.h"
+#include "modPaths.h"
+
+namespace plattmix::window {
+
+namespace {
+
+QString Q(const std::string& text) {
+    return QString::fromStdString(text);
+}
+
+const char* const kOutputFormats[] = {"MP3 Format", "MP4 Format", "MP2 Format", "Flac Format",
+                                      "AC3 Format", "WMA Format", "WAV Format"};
+
+struct Column {
+    const char* caption;
+    int width;
+};
+const Column kColumns[] = {{"Track", 80}, {"Dauer", 80},   {"Anfang", 100},
+                           {"Ende", 100}, {"Inhalt", 100}, {"Ergebnis", 200}};
+
+const char* const kTabs[] = {"CD/DVD Rippen      ", "    ISO Image erstellen  ",
+                             "    CD Brennen  "};
+
+constexpr int kKeyF9 = Qt::Key_F9;
+
+}  // namespace
+
+WindowOptions DefaultWindowOptions() {
+    return {shell::LanguagesFolder(), CreatePassThroughTransport, CreateFallbackTransport};
+}
+
+frmMain::frmMain(shell::SettingsPaths paths, WindowOptions options, QWidget* parent)
+    : QMainWindow(parent), paths_(std::move(paths)), options_(std::move(options)) {
+    CreateControls();
+    ShowRipPage();
+    qApp->installEventFilter(this);
+}
+
+frmMain::~frmMain() {
+    qApp->removeEventFilter(this);
+}
+
+bool frmMain::Form_Load() {
+    FillOutputFormats();
+    AddColumns();
+    AddTabs();
+    ApplyTabSize();
+    LoadRecentFolders();
+    if (!ChooseTransport())
+        return false;
+    LoadSettings();
+    LoadLanguage();
+    ShowRipPage();
+    Timer1->start();
+    return true;
+}
+
+void frmMain::FillOutputFormats() {
+    for (const char* format : kOutputFormats)
+        ComboBox3->addItem(QString::fromUtf8(format));
+    ComboBox3->setCurrentIndex(0);
+}
+
+void frmMain::AddColumns() {
+    QStringList captions;
+    for (const auto& column : kColumns)
+        captions << QString::fromUtf8(column.caption);
+    ExplorerListView1->setHeaderLabels(captions);
+    for (int i = 0; i < static_cast<int>(std::size(kColumns)); ++i) {
+        ExplorerListView1->setColumnWidth(i, kColumns[i].width);
+        ExplorerListView1->headerItem()->setTextAlignment(i, Qt::AlignLeft | Qt::AlignVCenter);
+    }
+    ExplorerListView1->header()->setStretchLastSection(true);
+}
+
+void frmMain::AddTabs() {
+    for (const char* caption : kTabs)
+        TabStrip1->addTab(QString::fromUtf8(caption));
+    TabStrip1->setCurrentIndex(kPageRip);
+}
+
+void frmMain::ApplyTabSize() {
+    const QScreen* shown = screen() != nullptr ? screen() : QGuiApplication::primaryScreen();
+    const double dpi = shown != nullptr ? shown->logicalDotsPerInchX() : 96.0;
+    TabStrip1->SetTabWidth(TabSizeForTwipsPerPixel(TwipsPerPixel(dpi)));
+}
+
+void frmMain::LoadRecentFolders() {
+    std::vector<std::string> entries;
+    shell::LoadComboFromSection(paths_, entries, "ComboBox1");
+    for (const auto& entry : entries)
+        ComboBox1->addItem(Q(entry));
+    if (ComboBox1->count() > 0)
+        ComboBox1->setCurrentIndex(0);
+}
+
+bool frmMain::ChooseTransport() {
+    transport_ = scsi::SelectTransport(options_.firstTransport, options_.fallbackTransport);
+    if (transport_)
+        return true;
+    // Without a drive transport the disc images named in the settings stand in for drives.
+    const auto images = shell::ReadIniSection(paths_.SettingsFile, kImageSection);
+    ImageDrives drives = LoadImageDrives(images);
+    if (!drives.failures.empty())
+        MsgBox(this, Q(ImageFailureMessage(drives.failures)), MsgBoxStyle::Exclamation);
+    transport_ = std::move(drives.transport);
+    if (transport_)
+        return true;
+    MsgBox(this, QString::fromUtf8(scsi::kNoTransportMessage), MsgBoxStyle::Exclamation);
+    return false;
+}
+
+void frmMain::LoadSettings() {
+    bool isNumber = false;
+    const int unload = Q(shell::ReadIni(paths_, "Diskolo", "Unload")).trimmed().toInt(&isNumber);
+    Check1->setChecked(isNumber && unload != 0);
+    Text1->setText(Q(shell::ReadIni(paths_, "Diskolo", "Text1")));
+}
+
+void frmMain::LoadLanguage() {
+    lang_ = shell::LanguageTexts(options_.languagesFolder,
+                                 shell::ReadLanguageName(paths_.SuiteOptionsFile));
+    if (lang_.LanguageName() == "default" || lang_.LanguageName().empty())
+        FillSelectionCommands();
+    else
+        TranslateWindow();
+}
+
+void frmMain::Timer1_Timer() {
+    Timer1->stop();
+    FillDriveList();
+    isLoading = false;
+    emit DriveListFilled();
+}
+
+void frmMain::FillDriveList() {
+    PlaceBusyPicture();
+    Picture1->show();
+    Picture1->repaint();
+    const auto warn = [this](std::string_view text) {
+        MsgBox(this, Q(std::string(text)), MsgBoxStyle::Exclamation);
+    };
+    const auto entries = audiocd::FillDriveList(*transport_, warn);
+    {
+        const QSignalBlocker quiet(cboDrv);
+        cboDrv->clear();
+        for (const auto& entry : entries)
+            cboDrv->addItem(Q(entry.text), QVariant(static_cast<int>(entry.index)));
+        cboDrv->setCurrentIndex(cboDrv->count() > 0 ? 0 : -1);
+    }
+    if (cboDrv->count() > 0)
+        cboDrv_Click();
+    Picture1->hide();
+}
+
+void frmMain::cboDrv_Click() {
+    if (cboDrv->currentIndex() < 0 || !transport_)
+        return;
+    auto index = static_cast<int16_t>(cboDrv->currentData().toInt());
+    const std::string handle = transport_->DriveHandle(index);
+    ShowTrackList(handle);
+    driveRoot_ = DriveRootOf(handle);
+    if (currentPage_ == kPageRip)
+        ShowRipPage();
+}
+
+void frmMain::ShowTrackList(const std::string& handle) {
+    const audiocd::TrackList list = audiocd::ReadTrackList(*transport_, handle);
+    ExplorerListView1->clear();
+    for (const auto& row : list.rows) {
+        auto* item = new QTreeWidgetItem(ExplorerListView1);
+        item->setText(0, QString::number(row.track));
+        item->setText(1, Q(row.dauer));
+        item->setText(2, Q(row.anfang));
+        item->setText(3, Q(row.ende));
+        item->setText(4, Q(row.inhalt));
+        item->setCheckState(0, Qt::Unchecked);
+        // The content kind the Start command reads: 1 audio, 2 data.
+        item->setData(0, Qt::UserRole, row.inhalt == audiocd::kTextData ? 2 : 1);
+    }
+    ExplorerListView1->SetEmptyListText(list.emptyText.empty() ? QString() : Tr(Q(list.emptyText)));
+    IsDataCD = list.isDataCD;
+}
+
+void frmMain::Timer2_Timer() {
+    Timer2->stop();
+    if (isBusy)
+        return;
+    if (currentPage_ != kPageBurn) {
+        cboDrv_Click();
+        ReopenPlayer();
+    }
+    UpdateTrayCaption();
+    ProgressBar1->setValue(0);
+    PictureNewValue->hide();
+    DrawDiscUsage();
+    if (currentPage_ == kPageBurn)
+        TotalSizeZusammenstellung();
+}
+
+void frmMain::Command1_Click() {
+    Timer2->start();
+}
+
+void frmMain::Command2_Click() {
+    if (isBusy)
+        Abbort = true;
+    else
+        close();
+}
+
+void frmMain::Command3_Click() {
+    QDesktopServices::openUrl(QUrl::fromLocalFile(Q(paths_.SettingsFile)));
+}
+
+void frmMain::mnuSave_Click() {
+    // The Start command's jobs (extraction, images, burning) are not part of this build yet.
+}
+
+bool frmMain::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::KeyRelease) {
+        const auto* key = static_cast<QKeyEvent*>(event);
+        const auto* widget = qobject_cast<QWidget*>(watched);
+        if (key->key() == kKeyF9 && !key->isAutoRepeat() && widget != nullptr &&
+            widget->window() == this) {
+            Command2->click();
+            return true;
+        }
+    }
+    return QMainWindow::eventFilter(watched, event);
+}
+
+void frmMain::resizeEvent(QResizeEvent* event) {
+    QMainWindow::resizeEvent(event);
+    PlaceBusyPicture();
+}
+
+void frmMain::closeEvent(QCloseEvent* event) {
+    if (isBusy) {
+        // The job stops at its next check; the next close goes through.
+        event->ignore();
+        Abbort = true;
+        isBusy = false;
+        return;
+    }
+    Form_Unload();
+    event->accept();
+}
+
+void frmMain::Form_Unload() {
+    if (unloaded_)
+        return;
+    unloaded_ = true;
+    shell::WriteIni(paths_, "Diskolo", "Unload", Check1->isChecked() ? "1" : "0");
+    const QString prefix = Text1->text();
+    shell::WriteIni(paths_, "Diskolo", "Text1",
+                    prefix.isEmpty() ? std::string("Track") : prefix.toStdString());
+    StopPlayer();
+    playing_ = false;
+    Timer6->stop();
+}
+
+void frmMain::StopPlayer() {
+    // The CD player comes with the playback work; nothing plays yet.
+}
+
+void frmMain::ReopenPlayer() {}
+
+void frmMain::UpdateTrayCaption() {
+    // Command4's caption follows the tray state once the drive's tray can be asked.
+}
+
+void frmMain::DrawDiscUsage() {}
+
+void frmMain::TotalSizeZusammenstellung() {}
+
+}  // namespace plattmix::window

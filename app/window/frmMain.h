@@ -1,0 +1,208 @@
+// The main window: three pages on one tab strip (ripping an audio CD, making an ISO image,
+// burning a disc), its start-up, its timers and its orderly end. The controls keep the names
+// the program has always used for them; control arrays are indexed members.
+#pragma once
+
+#include <QMainWindow>
+#include <array>
+#include <memory>
+#include <string>
+
+#include "ISCSI.h"
+#include "TransportSelection.h"
+#include "modLanguage.h"
+#include "modSettings.h"
+
+class QAction;
+class QCheckBox;
+class QComboBox;
+class QFrame;
+class QGroupBox;
+class QLabel;
+class QLineEdit;
+class QProgressBar;
+class QPushButton;
+class QRadioButton;
+class QTimer;
+
+namespace plattmix::window {
+
+class TabStrip;
+class TrackListView;
+
+// What the window needs from outside besides the settings paths; the tests move these.
+struct WindowOptions {
+    std::string languagesFolder;  // ends in "/"
+    scsi::TransportFactory firstTransport;
+    scsi::TransportFactory fallbackTransport;
+};
+WindowOptions DefaultWindowOptions();
+
+enum Page { kPageRip = 0, kPageIso = 1, kPageBurn = 2 };
+
+class frmMain final : public QMainWindow {
+    Q_OBJECT
+  public:
+    frmMain(shell::SettingsPaths paths, WindowOptions options, QWidget* parent = nullptr);
+    ~frmMain() override;
+    frmMain(const frmMain&) = delete;
+    frmMain& operator=(const frmMain&) = delete;
+
+    // The load. False when no transport works: the user has been told and the program ends.
+    bool Form_Load();
+
+    const shell::SettingsPaths& Paths() const { return paths_; }
+    const shell::LanguageTexts& Language() const { return lang_; }
+    scsi::ISCSI* Transport() const { return transport_.get(); }
+    const std::string& DriveRoot() const { return driveRoot_; }
+
+    // Window-wide state.
+    bool isBusy = false;
+    bool Abbort = false;
+    bool isLoading = true;
+    bool IsDataCD = false;
+
+    // The controls.
+    TabStrip* TabStrip1 = nullptr;
+    QComboBox* cboDrv = nullptr;
+    TrackListView* ExplorerListView1 = nullptr;
+    QComboBox* ComboBox1 = nullptr;
+    QComboBox* ComboBox2 = nullptr;
+    QComboBox* ComboBox3 = nullptr;
+    QPushButton* cmdOpen = nullptr;
+    QPushButton* Command1 = nullptr;
+    QPushButton* Command2 = nullptr;
+    QPushButton* Command3 = nullptr;
+    QPushButton* Command4 = nullptr;
+    std::array<QPushButton*, 1> Command5{};
+    QPushButton* Command6 = nullptr;
+    QPushButton* Command7 = nullptr;
+    QPushButton* Command8 = nullptr;
+    QPushButton* Command9 = nullptr;
+    QPushButton* Command10 = nullptr;
+    QPushButton* Command11 = nullptr;
+    QPushButton* Command12 = nullptr;
+    QPushButton* Command13 = nullptr;
+    QPushButton* Command14 = nullptr;
+    std::array<QPushButton*, 2> Command15{};
+    QGroupBox* Frame1 = nullptr;
+    QGroupBox* Frame2 = nullptr;
+    std::array<QRadioButton*, 2> OptNameCounter{};
+    std::array<QRadioButton*, 2> OptNameBurn{};
+    QRadioButton* OptFormat = nullptr;
+    QLineEdit* Text1 = nullptr;
+    QLineEdit* Text2 = nullptr;
+    QLineEdit* Text3 = nullptr;
+    QCheckBox* Check1 = nullptr;
+    QCheckBox* Check2 = nullptr;
+    QCheckBox* Check3 = nullptr;
+    QCheckBox* Check4 = nullptr;
+    QCheckBox* Check5 = nullptr;
+    QAction* mnuSave = nullptr;
+    QProgressBar* ProgressBar1 = nullptr;
+    QFrame* Picture1 = nullptr;
+    QFrame* PictureUsed = nullptr;
+    QFrame* PictureTotal = nullptr;
+    QFrame* PictureNewValue = nullptr;
+    QLabel* Label1 = nullptr;
+    // 0 "Dateiname:", 1 the extension hint beside the name, 2 "Disk-Name" beside the volume name.
+    std::array<QLabel*, 3> Label2{};
+    QLabel* Label3 = nullptr;
+    QLabel* Label4 = nullptr;
+    // 0 the window's status line, 1 the disc usage beside its bar.
+    std::array<QLabel*, 2> Label5{};
+    QTimer* Timer1 = nullptr;
+    QTimer* Timer2 = nullptr;
+    QTimer* Timer6 = nullptr;
+
+  signals:
+    // The first drive list has been filled (and the first drive read).
+    void DriveListFilled();
+
+  public slots:
+    void Timer1_Timer();
+    void Timer2_Timer();
+    void cboDrv_Click();
+    void TabStrip1_Click(int index);
+    void Command1_Click();
+    void Command2_Click();
+    void Command3_Click();
+    void Command7_Click();
+    void Command8_Click();
+    void Command13_Click();
+    void cmdOpen_Click();
+    void mnuSave_Click();
+    void ComboBox2_Click(int index);
+    void ComboBox3_Click(int index);
+    void OptNameBurn_Click(int index);
+    void Check3_Click();
+
+  protected:
+    void closeEvent(QCloseEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+  private:
+    // Building the window (frmMainControls.cpp).
+    void CreateControls();
+    void CreateRipControls();
+    void CreateIsoControls();
+    void CreateBurnControls();
+    void CreateCommonControls();
+    void LayOut();
+    QWidget* DriveRow();
+    QWidget* TargetBox();
+    QWidget* BurnBox();
+    QWidget* StatusArea();
+    void ConnectHandlers();
+    void PlaceBusyPicture();
+
+    // The load, step by step (frmMain.cpp).
+    void FillOutputFormats();
+    void AddColumns();
+    void AddTabs();
+    void ApplyTabSize();
+    void LoadRecentFolders();
+    bool ChooseTransport();
+    void LoadSettings();
+    void LoadLanguage();
+    void Form_Unload();
+    void FillDriveList();
+    void ShowTrackList(const std::string& handle);
+
+    // Interface texts (frmMainLanguage.cpp).
+    QString Tr(const QString& german) const;
+    void FillSelectionCommands();
+    void TranslateWindow();
+    void TranslateControl(QWidget* control);
+
+    // Pages (frmMainRip.cpp, frmMainIso.cpp, frmMainBurn.cpp).
+    void ShowPage(int page);
+    void ShowRipPage();
+    void ShowIsoPage();
+    void ShowBurnPage();
+    void ShowNameLabels(bool shown, const QString& hint);
+    void ApplySelectionCommand(int command);
+    void SetRowChecked(int row, bool checked);
+    int MarkedRow() const;
+    void AddSourceRow();
+
+    // Parts of the window that come with later work and do nothing yet.
+    void StopPlayer();
+    void ReopenPlayer();
+    void UpdateTrayCaption();
+    void DrawDiscUsage();
+    void TotalSizeZusammenstellung();
+    void ShowSourceSize();
+
+    shell::SettingsPaths paths_;
+    WindowOptions options_;
+    shell::LanguageTexts lang_;
+    std::unique_ptr<scsi::ISCSI> transport_;
+    std::string driveRoot_;
+    int currentPage_ = kPageRip;
+    bool unloaded_ = false;
+    bool playing_ = false;
+};
+
+}  // namespace plattmix::window

@@ -1,0 +1,184 @@
+// The ripping page: which controls it shows for audio and data discs, the page change itself,
+// the target folder, the output format hint and the selection commands of the track list.
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTimer>
+#include <initializer_list>
+
+#include "Dialogs.h"
+#include "MsgBox.h"
+#include "PageControls.h"
+#include "TabStrip.h"
+#include "TrackListView.h"
+#include "frmMain.h"
+#include "modPaths.h"
+#include "modSettings.h"
+
+namespace plattmix::window {
+
+namespace {
+
+const char* const kFormatHints[] = {"+ .mp3", "+ .mp4", "+ .mp2", "+ .flac",
+                                    "+ .ac3", "+ .wma", "+ .wav"};
+
+QString FormatHint(int index) {
+    if (index < 0 || index >= static_cast<int>(std::size(kFormatHints)))
+        return QStringLiteral("+ .mp3");
+    return QString::fromUtf8(kFormatHints[index]);
+}
+
+enum SelectionCommand {
+    kAll,
+    kNone,
+    kInvert,
+    kEven,
+    kOdd,
+    kBelowMark,
+    kAboveMark,
+    kSelected,
+};
+
+}  // namespace
+
+void frmMain::TabStrip1_Click(int index) {
+    if (isLoading || index < 0)
+        return;
+    Label4->clear();
+    if (currentPage_ == kPageBurn && !Command13->isHidden() &&
+        MsgBox(this, QStringLiteral("Wollen sie die Zusammenstellung vorher noch speichern?"),
+               MsgBoxStyle::QuestionYesNo) == vbYes)
+        Command13->click();
+    currentPage_ = index;
+    ShowPage(index);
+    Timer2->start();
+}
+
+void frmMain::ShowPage(int page) {
+    switch (page) {
+        case kPageIso:
+            ShowIsoPage();
+            break;
+        case kPageBurn:
+            ShowBurnPage();
+            break;
+        default:
+            ShowRipPage();
+            break;
+    }
+}
+
+void frmMain::ShowRipPage() {
+    const bool audio = !IsDataCD;
+    SetShown({cboDrv, Command1, Command4, Text1, Check2, ComboBox2, Label1, Label4}, true);
+    SetShown({Command5[0], Command6, ComboBox3, Frame1}, audio);
+    SetShown({OptFormat, Text3, Label2[2]}, !audio);
+    SetShown({Text2, Command7, Frame2, Command15[0], Command15[1], Check3, Check4, Check5}, false);
+    SetShown({OptNameBurn[0], OptNameBurn[1], Command8, PictureTotal, Label5[1]}, false);
+    if (!audio)
+        OptFormat->setChecked(true);
+    ShowNameLabels(true, audio ? FormatHint(ComboBox3->currentIndex()) : QStringLiteral("+ .iso"));
+    cmdOpen->setEnabled(true);
+    ComboBox1->setEnabled(true);
+    ComboBox1->lineEdit()->setPlaceholderText(Tr(QStringLiteral("Bitte Zielpfad auswählen --->")));
+}
+
+void frmMain::ShowNameLabels(bool shown, const QString& hint) {
+    Label2[1]->setText(hint);
+    SetShown({Label2[0], Label2[1]}, shown);
+}
+
+void frmMain::ComboBox3_Click(int index) {
+    Label2[1]->setText(FormatHint(index));
+}
+
+void frmMain::cmdOpen_Click() {
+    if (currentPage_ == kPageBurn && OptNameBurn[1]->isChecked()) {
+        const QString image =
+            OpenFileDialog(this, QStringLiteral("ISO Dateien brennen"),
+                           QStringLiteral("ISO Dateien|*.iso"), ComboBox1->currentText());
+        if (!image.isEmpty())
+            ComboBox1->setEditText(image);
+        return;
+    }
+    const QString chosen = BrowseForFolder(
+        this, QStringLiteral("Ziel-Ordner auswählen, in dem gespeichert werden sollen"),
+        ComboBox1->currentText());
+    if (chosen.isEmpty())
+        return;
+    const std::string folder = shell::AddBackslash(chosen.toStdString());
+    std::vector<std::string> entries;
+    for (int i = 0; i < ComboBox1->count(); ++i)
+        entries.push_back(ComboBox1->itemText(i).toStdString());
+    const auto recent = shell::AddRecentFolder(Paths(), entries, folder);
+    ComboBox1->clear();
+    for (const auto& entry : recent)
+        ComboBox1->addItem(QString::fromStdString(entry));
+    ComboBox1->setEditText(QString::fromStdString(folder));
+}
+
+void frmMain::ComboBox2_Click(int index) {
+    ApplySelectionCommand(index);
+}
+
+void frmMain::SetRowChecked(int row, bool checked) {
+    QTreeWidgetItem* item = ExplorerListView1->topLevelItem(row);
+    if (item == nullptr)
+        return;
+    item->setCheckState(0, checked ? Qt::Checked : Qt::Unchecked);
+    item->setSelected(checked);
+}
+
+int frmMain::MarkedRow() const {
+    const int row = ExplorerListView1->indexOfTopLevelItem(ExplorerListView1->currentItem());
+    return row < 0 ? 0 : row;
+}
+
+void frmMain::ApplySelectionCommand(int command) {
+    const int rows = ExplorerListView1->topLevelItemCount();
+    const auto checked = [this](int row) {
+        return ExplorerListView1->topLevelItem(row)->checkState(0) == Qt::Checked;
+    };
+    switch (command) {
+        case kAll:
+            for (int row = 0; row < rows; ++row)
+                SetRowChecked(row, true);
+            break;
+        case kNone:
+            for (int row = rows - 1; row >= 0; --row)
+                SetRowChecked(row, false);
+            break;
+        case kInvert:
+            for (int row = rows - 1; row >= 0; --row)
+                SetRowChecked(row, !checked(row));
+            break;
+        case kEven:
+        case kOdd:
+            // Positions count from 0: the even tracks stand at the odd positions.
+            for (int row = 0; row < rows; ++row)
+                SetRowChecked(row, (row % 2 == 1) == (command == kEven));
+            break;
+        case kBelowMark:
+            for (int row = MarkedRow(); row < rows; ++row)
+                SetRowChecked(row, true);
+            break;
+        case kAboveMark:
+            for (int row = std::min(MarkedRow(), rows - 1); row >= 0; --row)
+                SetRowChecked(row, true);
+            break;
+        case kSelected:
+            for (int row = rows - 1; row >= 0; --row) {
+                if (ExplorerListView1->topLevelItem(row)->isSelected())
+                    SetRowChecked(row, true);
+            }
+            break;
+        default:
+            break;
+    }
+}
+
+}  // namespace plattmix::window
