@@ -1,5 +1,5 @@
-// Building folder trees for the scan tests: files of any size (sparse, so gigabytes cost
-// nothing), links, and the order in which a folder's entries are read.
+// Trees for the scan tests: files of any size (sparse, so gigabytes cost nothing) and the order
+// in which a folder's entries are read.
 #pragma once
 
 #include <dirent.h>
@@ -24,18 +24,11 @@ inline void MakeFile(const std::filesystem::path& path, int64_t size) {
     close(fd);
 }
 
-// Names in folder as readdir hands them out, "." and ".." left out.
+// Names as readdir hands them out, "." and ".." left out.
 inline std::vector<std::string> ReadOrder(const std::filesystem::path& folder) {
     std::vector<std::string> names;
-    DIR* dir = opendir(folder.c_str());
-    if (dir == nullptr)
-        return names;
-    while (const dirent* entry = readdir(dir)) {
-        const std::string name = entry->d_name;
-        if (name != "." && name != "..")
-            names.push_back(name);
-    }
-    closedir(dir);
+    for (const auto& entry : std::filesystem::directory_iterator(folder))
+        names.push_back(entry.path().filename().string());
     return names;
 }
 
