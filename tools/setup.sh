@@ -10,6 +10,8 @@ packages=(
     qt6-base-dev fonts-wine fonts-liberation2
     # the window's tests on a real X display, and checks of the installed desktop files
     xvfb xauth appstream desktop-file-utils
+    # German number formats in the size texts are tested in a real de_DE locale
+    locales
     # tests and benchmarks
     libgtest-dev libgmock-dev libbenchmark-dev clang-format
 )
@@ -31,4 +33,11 @@ if ((${#missing[@]})) || ! compgen -G '/var/lib/apt/lists/*_Packages' >/dev/null
 fi
 if ((${#missing[@]})); then
     $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}"
+fi
+
+# The German locale for the size texts' tests.
+if ! locale -a 2>/dev/null | grep -qi '^de_DE\.utf-\?8$'; then
+    $sudo sed -i 's/^# *\(de_DE\.UTF-8 UTF-8\)/\1/' /etc/locale.gen
+    grep -q '^de_DE.UTF-8 UTF-8' /etc/locale.gen || echo 'de_DE.UTF-8 UTF-8' | $sudo tee -a /etc/locale.gen >/dev/null
+    $sudo locale-gen >/dev/null
 fi
