@@ -5,6 +5,7 @@
 
 #include "DriveChoice.h"
 #include "DriveList.h"
+#include "ImageList.h"
 #include "TrackList.h"
 
 namespace plattmix::cli {
@@ -61,12 +62,18 @@ int Toc(DriveChoice& choice, std::ostream& out, std::ostream& err) {
 
 }  // namespace
 
+ParseResult ParseCommandLine(const std::vector<std::string>& words) {
+    return ParseCliArgs(words, {"--drive"}, {"--demo"});
+}
+
 void PrintUsage(std::ostream& out) {
     out << "Aufruf: plattmix-cli BEFEHL [OPTIONEN]\n"
            "\n"
            "Befehle:\n"
            "  drives [--drive LAUFWERK]   Laufwerksliste anzeigen\n"
            "  toc [--drive LAUFWERK]      Trackliste der Disk anzeigen\n"
+           "  image list | add PFAD | add --demo | remove PFAD\n"
+           "                              Disk-Images, die das Fenster ohne Laufwerk anbietet\n"
            "\n"
            "LAUFWERK ist ein Laufwerk (/dev/sr0) oder ein Disk-Image (.cue, .iso).\n"
            "Ohne --drive: die optischen Laufwerke des Rechners, sonst die eingebaute Demo-Disk.\n";
@@ -77,6 +84,8 @@ int RunCommand(const CliArgs& args, std::ostream& out, std::ostream& err) {
         PrintUsage(out);
         return kExitDone;
     }
+    if (args.command == "image")
+        return RunImageCommand(args, out, err);
     if (args.command != "drives" && args.command != "toc") {
         err << "Unbekannter Befehl: " << args.command << '\n';
         PrintUsage(err);

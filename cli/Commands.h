@@ -2,6 +2,8 @@
 #pragma once
 
 #include <iosfwd>
+#include <string>
+#include <vector>
 
 #include "CliArgs.h"
 
@@ -10,6 +12,9 @@ namespace plattmix::cli {
 inline constexpr int kExitDone = 0;
 inline constexpr int kExitFailed = 1;
 inline constexpr int kExitUsage = 2;
+
+// The words after the program's name, with the options every command knows.
+ParseResult ParseCommandLine(const std::vector<std::string>& words);
 
 int RunCommand(const CliArgs& args, std::ostream& out, std::ostream& err);
 

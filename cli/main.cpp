@@ -3,13 +3,12 @@
 #include <string>
 #include <vector>
 
-#include "CliArgs.h"
 #include "Commands.h"
 
 int main(int argc, char** argv) {
     using namespace plattmix::cli;
     const std::vector<std::string> words(argv + 1, argv + argc);
-    const ParseResult parsed = ParseCliArgs(words, {"--drive"}, {});
+    const ParseResult parsed = ParseCommandLine(words);
     if (!parsed.args) {
         std::cerr << parsed.error << '\n';
         PrintUsage(std::cerr);

@@ -22,7 +22,7 @@ struct CliRun {
 
 CliRun RunCli(const std::vector<std::string>& words) {
     std::ostringstream out, err;
-    const ParseResult parsed = ParseCliArgs(words, {"--drive"}, {});
+    const ParseResult parsed = ParseCommandLine(words);
     if (!parsed.args)
         return {kExitUsage, "", parsed.error};
     const int code = RunCommand(*parsed.args, out, err);
@@ -73,4 +73,28 @@ TEST(Cli, BadUsageAndBadInput) {
     const CliRun node = RunCli({"drives", "--drive", "/dev/sr99"});
     EXPECT_EQ(node.code, kExitFailed);
     EXPECT_NE(node.err.find("/dev/sr99"), std::string::npos);
+}
+
+TEST(Cli, ImagesOfferedToTheWindowAreKeptInTheSettings) {
+    const auto folder = plattmix::test::ScratchFolder();
+    ::setenv("APPDATA", (folder / "appdata").c_str(), 1);
+    const auto disc = discgen::WriteDisc(discgen::AudioThreeTracks(), folder / "disc");
+    ASSERT_TRUE(disc.ok()) << disc.error;
+    const std::string cue = disc.value->cuePath.string();
+
+    EXPECT_EQ(RunCli({"image", "add", cue}).code, kExitDone);
+    EXPECT_EQ(RunCli({"image", "add", cue}).code, kExitDone);  // not listed twice
+    EXPECT_EQ(RunCli({"image", "list"}).out, cue + "\n");
+
+    // An image the drive cannot load is refused with its own message; the list stays.
+    std::ofstream(folder / "kaputt.cue") << "TRACK 01 AUDIO\n";
+    const CliRun broken = RunCli({"image", "add", (folder / "kaputt.cue").string()});
+    EXPECT_EQ(broken.code, kExitFailed);
+    EXPECT_NE(broken.err.find("kaputt.cue"), std::string::npos);
+
+    EXPECT_EQ(RunCli({"image", "remove", "/nicht/da.cue"}).code, kExitFailed);
+    EXPECT_EQ(RunCli({"image", "remove", cue}).code, kExitDone);
+    EXPECT_EQ(RunCli({"image", "list"}).out, "");
+    EXPECT_EQ(RunCli({"image", "frobnicate"}).code, kExitUsage);
+    ::unsetenv("APPDATA");
 }
