@@ -53,71 +53,17 @@ std::string EncodeUtf16(std::string_view text, bool bigEndian) {
     return bytes;
 }
 
-// Splits at LF; a CR before it belongs to the line end. No line after a final LF.
-template <typename Visit>
-void ForEachLine(std::string_view text, Visit visit) {
-    size_t start = 0;
-    while (start < text.size()) {
-        size_t end = text.find('\n', start);
-        const size_t next = end == std::string_view::npos ? text.size() : end + 1;
-        if (end == std::string_view::npos) {
-            end = text.size();
-        }
-        std::string_view line = text.substr(start, end - start);
-        if (line.ends_with('\r')) {
-            line.remove_suffix(1);
-        }
-        visit(line);
-        start = next;
-    }
-}
-
 std::string DetectLineEnd(std::string_view text) {
     const size_t lf = text.find('\n');
     return (lf != std::string_view::npos && (lf == 0 || text[lf - 1] != '\r')) ? "\n" : "\r\n";
 }
 
-// Each line of an 8-bit file is UTF-8 when it can be, else the ANSI code page; the file counts
-// as ANSI as soon as one line is not UTF-8.
-Document ParseEightBit(std::string_view bytes, Encoding encoding) {
+Document MakeDocument(Encoding encoding, std::string text) {
     Document document;
     document.encoding = encoding;
-    document.lineEnd = DetectLineEnd(bytes);
-    ForEachLine(bytes, [&](std::string_view line) {
-        const bool utf8 = IsValidUtf8(line);
-        if (!utf8 && encoding == Encoding::Utf8) {
-            document.encoding = Encoding::Ansi;
-        }
-        document.lines.push_back(
-            {utf8 ? std::string(line) : Cp1252ToUtf8(line), std::string(line)});
-    });
-    return document;
-}
-
-Document ParseUtf16(std::string_view bytes, Encoding encoding) {
-    Document document;
-    document.encoding = encoding;
-    const std::string text = Utf16ToUtf8(DecodeUtf16(bytes, encoding == Encoding::Utf16Be));
     document.lineEnd = DetectLineEnd(text);
-    ForEachLine(text, [&](std::string_view line) {
-        document.lines.push_back({std::string(line), std::nullopt});
-    });
+    document.text = std::move(text);
     return document;
-}
-
-std::string EncodeLine(const Line& line, Encoding encoding) {
-    switch (encoding) {
-        case Encoding::Utf16Le:
-            return EncodeUtf16(line.text, false);
-        case Encoding::Utf16Be:
-            return EncodeUtf16(line.text, true);
-        case Encoding::Ansi:
-            return line.raw ? *line.raw : Utf8ToCp1252(line.text);
-        case Encoding::Utf8:
-        case Encoding::Utf8Bom:
-            break;
-    }
-    return line.raw ? *line.raw : line.text;
 }
 
 std::string Mark(Encoding encoding) {
@@ -142,25 +88,49 @@ Document ParseDocument(std::string_view bytes) {
     switch (encoding) {
         case Encoding::Utf16Le:
         case Encoding::Utf16Be:
-            return ParseUtf16(bytes.substr(2), encoding);
+            return MakeDocument(
+                encoding, Utf16ToUtf8(DecodeUtf16(bytes.substr(2), encoding == Encoding::Utf16Be)));
         case Encoding::Utf8Bom:
-            return ParseEightBit(bytes.substr(kUtf8Mark.size()), encoding);
+            return MakeDocument(encoding, std::string(bytes.substr(kUtf8Mark.size())));
         case Encoding::Utf8:
         case Encoding::Ansi:
             break;
     }
-    return ParseEightBit(bytes, Encoding::Utf8);
+    return MakeDocument(IsValidUtf8(bytes) ? Encoding::Utf8 : Encoding::Ansi, std::string(bytes));
 }
 
 std::string SerializeDocument(const Document& document) {
-    const Line lineEnd{document.lineEnd, std::nullopt};
-    const std::string encodedEnd = EncodeLine(lineEnd, document.encoding);
-    std::string bytes = Mark(document.encoding);
-    for (const Line& line : document.lines) {
-        bytes += EncodeLine(line, document.encoding);
-        bytes += encodedEnd;
+    const bool utf16 =
+        document.encoding == Encoding::Utf16Le || document.encoding == Encoding::Utf16Be;
+    return Mark(document.encoding) +
+           (utf16 ? EncodeUtf16(document.text, document.encoding == Encoding::Utf16Be)
+                  : document.text);
+}
+
+std::string ToDocumentForm(const Document& document, std::string_view text) {
+    return document.encoding == Encoding::Ansi ? Utf8ToCp1252(text) : std::string(text);
+}
+
+LineSpan LineAt(std::string_view text, size_t pos) {
+    const size_t lf = text.find('\n', pos);
+    LineSpan line;
+    line.start = pos;
+    line.next = lf == std::string_view::npos ? text.size() : lf + 1;
+    line.end = lf == std::string_view::npos ? text.size() : lf;
+    if (line.end > pos && text[line.end - 1] == '\r') {
+        --line.end;  // the CR belongs to the line end
     }
-    return bytes;
+    return line;
+}
+
+std::string_view LineText(const Document& document, const LineSpan& line, std::string& scratch) {
+    const std::string_view bytes =
+        std::string_view(document.text).substr(line.start, line.end - line.start);
+    if (document.encoding != Encoding::Ansi || IsValidUtf8(bytes)) {
+        return bytes;
+    }
+    scratch = Cp1252ToUtf8(bytes);
+    return scratch;
 }
 
 std::string_view TrimBlanks(std::string_view text) {

@@ -13,65 +13,92 @@ namespace plattmix::shell::modProfile {
 namespace {
 
 using profile::Document;
-using profile::Line;
+using profile::LineSpan;
 
-// The lines of one section: the header at header, the body up to (not including) end.
-struct SectionRange {
-    size_t header = 0;
+// One section: its header line, the body from bodyStart to end (where the next header starts),
+// and contentEnd, just after its last line that is not blank; blank lines after it part the
+// section from the next one and stay where they are on a write.
+struct Section {
+    LineSpan header;
+    size_t bodyStart = 0;
+    size_t contentEnd = 0;
     size_t end = 0;
 };
 
-bool IsHeader(const Line& line) {
+bool IsHeader(std::string_view line) {
     std::string_view name;
-    return profile::ParseSectionHeader(line.text, name);
+    return profile::ParseSectionHeader(line, name);
 }
 
-size_t SectionEnd(const Document& document, size_t header) {
-    size_t end = header + 1;
-    while (end < document.lines.size() && !IsHeader(document.lines[end])) {
-        ++end;
-    }
-    return end;
-}
-
-// The first section of that name; the name as the caller gives it is trimmed first.
-std::optional<SectionRange> FindSection(const Document& document, std::string_view section,
-                                        size_t from = 0) {
-    const std::string wanted = LowerText(profile::TrimBlanks(section));
-    for (size_t i = from; i < document.lines.size(); ++i) {
-        std::string_view name;
-        if (profile::ParseSectionHeader(document.lines[i].text, name) &&
-            LowerText(name) == wanted) {
-            return SectionRange{i, SectionEnd(document, i)};
+Section SectionFrom(const Document& document, const LineSpan& header) {
+    Section section{header, header.next, header.next, document.text.size()};
+    std::string scratch;
+    for (size_t pos = header.next; pos < document.text.size();) {
+        const LineSpan line = profile::LineAt(document.text, pos);
+        const std::string_view text = profile::LineText(document, line, scratch);
+        if (IsHeader(text)) {
+            section.end = line.start;
+            break;
         }
+        if (!profile::TrimBlanks(text).empty()) {
+            section.contentEnd = line.next;
+        }
+        pos = line.next;
+    }
+    return section;
+}
+
+// The first section of that name from from on; the name as the caller gives it is trimmed.
+std::optional<Section> FindSection(const Document& document, std::string_view name,
+                                   size_t from = 0) {
+    const std::string wanted = LowerText(profile::TrimBlanks(name));
+    std::string scratch;
+    for (size_t pos = from; pos < document.text.size();) {
+        const LineSpan line = profile::LineAt(document.text, pos);
+        std::string_view found;
+        if (profile::ParseSectionHeader(profile::LineText(document, line, scratch), found) &&
+            LowerText(found) == wanted) {
+            return SectionFrom(document, line);
+        }
+        pos = line.next;
     }
     return std::nullopt;
 }
 
-// The line of the first entry named key in the section (a line without "=" counts as a key
-// without a value).
-std::optional<size_t> FindKey(const Document& document, const SectionRange& range,
-                              std::string_view key) {
+// Calls visit(line, text) for each line of the body that is neither blank nor a comment, until
+// visit answers false.
+template <typename Visit>
+void ForEachEntryLine(const Document& document, const Section& section, Visit visit) {
+    std::string scratch;
+    for (size_t pos = section.bodyStart; pos < section.end;) {
+        const LineSpan line = profile::LineAt(document.text, pos);
+        const std::string_view text = profile::LineText(document, line, scratch);
+        if (!profile::IsBlankOrComment(text) && !visit(line, text)) {
+            return;
+        }
+        pos = line.next;
+    }
+}
+
+// The line of the first entry named key (a line without "=" is a key without a value) and its
+// entry, whose views point into text.
+struct FoundKey {
+    LineSpan line;
+    std::string text;
+};
+
+std::optional<FoundKey> FindKey(const Document& document, const Section& section,
+                                std::string_view key) {
     const std::string wanted = LowerText(profile::TrimBlanks(key));
-    for (size_t i = range.header + 1; i < range.end; ++i) {
-        const std::string& text = document.lines[i].text;
-        if (!profile::IsBlankOrComment(text) &&
-            LowerText(profile::ParseEntry(text).key) == wanted) {
-            return i;
+    std::optional<FoundKey> found;
+    ForEachEntryLine(document, section, [&](const LineSpan& line, std::string_view text) {
+        if (LowerText(profile::ParseEntry(text).key) != wanted) {
+            return true;
         }
-    }
-    return std::nullopt;
-}
-
-// Where new lines of a section go: after its last line that is not blank, so that the blank
-// lines that part it from the next section stay where they are.
-size_t BodyInsertPoint(const Document& document, const SectionRange& range) {
-    size_t point = range.end;
-    while (point > range.header + 1 &&
-           profile::TrimBlanks(document.lines[point - 1].text).empty()) {
-        --point;
-    }
-    return point;
+        found = FoundKey{line, std::string(text)};
+        return false;
+    });
+    return found;
 }
 
 std::string_view StripQuotes(std::string_view value) {
@@ -115,61 +142,81 @@ bool Save(const Document& document, const std::string& path) {
     return WriteFileAtomically(path, profile::SerializeDocument(document));
 }
 
-Line NewLine(std::string text) {
-    return Line{std::move(text), std::nullopt};
+// Whole lines in the document's form, each with its line end.
+std::string LinesBlock(const Document& document, const std::vector<std::string_view>& lines) {
+    std::string block;
+    for (const std::string_view line : lines) {
+        block += profile::ToDocumentForm(document, line);
+        block += document.lineEnd;
+    }
+    return block;
+}
+
+// Replaces [from, to) with block; at the end of a last line that has no line end, it gets one.
+void Splice(Document& document, size_t from, size_t to, std::string block) {
+    std::string& text = document.text;
+    if (from == text.size() && !text.empty() && text.back() != '\n') {
+        block.insert(0, document.lineEnd);
+    }
+    text.replace(from, to - from, block);
 }
 
 std::string HeaderText(std::string_view section) {
-    return "[" + std::string(profile::TrimBlanks(section)) + "]";
+    std::string header = "[";
+    header += profile::TrimBlanks(section);
+    header += ']';
+    return header;
 }
 
-bool DeleteSections(Document& document, std::string_view section) {
+std::string KeyLine(std::string_view key, std::string_view value) {
+    std::string line(profile::TrimBlanks(key));
+    line += '=';
+    line += value;
+    return line;
+}
+
+bool DeleteSections(Document& document, std::string_view name) {
     bool changed = false;
     size_t from = 0;
-    while (const auto range = FindSection(document, section, from)) {
-        const auto first = document.lines.begin() + static_cast<std::ptrdiff_t>(range->header);
-        document.lines.erase(first,
-                             first + static_cast<std::ptrdiff_t>(range->end - range->header));
-        from = range->header;
+    while (const auto section = FindSection(document, name, from)) {
+        Splice(document, section->header.start, section->end, {});
+        from = section->header.start;
         changed = true;
     }
     return changed;
 }
 
-bool DeleteKey(Document& document, std::string_view section, std::string_view key) {
-    const auto range = FindSection(document, section);
-    const auto line = range ? FindKey(document, *range, key) : std::nullopt;
-    if (!line) {
+bool DeleteKey(Document& document, std::string_view name, std::string_view key) {
+    const auto section = FindSection(document, name);
+    const auto found = section ? FindKey(document, *section, key) : std::nullopt;
+    if (!found) {
         return false;
     }
-    document.lines.erase(document.lines.begin() + static_cast<std::ptrdiff_t>(*line));
+    Splice(document, found->line.start, found->line.next, {});
     return true;
 }
 
-bool SetKey(Document& document, std::string_view section, std::string_view key,
+bool SetKey(Document& document, std::string_view name, std::string_view key,
             std::string_view value) {
-    const auto range = FindSection(document, section);
-    if (!range) {
-        document.lines.push_back(NewLine(HeaderText(section)));
-        document.lines.push_back(
-            NewLine(std::string(profile::TrimBlanks(key)) + "=" + std::string(value)));
+    const auto section = FindSection(document, name);
+    if (!section) {
+        const size_t end = document.text.size();
+        Splice(document, end, end, LinesBlock(document, {HeaderText(name), KeyLine(key, value)}));
         return true;
     }
-    const auto line = FindKey(document, *range, key);
-    if (!line) {
-        const auto at =
-            document.lines.begin() + static_cast<std::ptrdiff_t>(BodyInsertPoint(document, *range));
-        document.lines.insert(
-            at, NewLine(std::string(profile::TrimBlanks(key)) + "=" + std::string(value)));
+    const auto found = FindKey(document, *section, key);
+    if (!found) {
+        const size_t at = section->contentEnd;
+        Splice(document, at, at, LinesBlock(document, {KeyLine(key, value)}));
         return true;
     }
     // The key keeps its spelling in the file; only the value changes.
-    const profile::Entry entry = profile::ParseEntry(document.lines[*line].text);
-    std::string text = std::string(entry.key) + "=" + std::string(value);
-    if (text == document.lines[*line].text) {
+    const std::string line = KeyLine(profile::ParseEntry(found->text).key, value);
+    if (line == found->text) {
         return false;
     }
-    document.lines[*line] = NewLine(std::move(text));
+    document.text.replace(found->line.start, found->line.end - found->line.start,
+                          profile::ToDocumentForm(document, line));
     return true;
 }
 
@@ -184,10 +231,10 @@ std::string GetPrivateProfileString(const std::string& section, const std::strin
     std::string answer(TrimTrailingSpaces(defaultValue));
     try {
         const auto document = Load(path);
-        const auto range = document ? FindSection(*document, section) : std::nullopt;
-        const auto line = range ? FindKey(*document, *range, key) : std::nullopt;
+        const auto found = document ? FindSection(*document, section) : std::nullopt;
+        const auto line = found ? FindKey(*document, *found, key) : std::nullopt;
         if (line) {
-            const profile::Entry entry = profile::ParseEntry(document->lines[*line].text);
+            const profile::Entry entry = profile::ParseEntry(line->text);
             if (entry.hasValue) {
                 answer = StripQuotes(entry.value);
             }
@@ -224,20 +271,20 @@ std::vector<std::string> GetPrivateProfileSection(const std::string& section,
     std::vector<std::string> lines;
     try {
         const auto document = Load(path);
-        const auto range = document ? FindSection(*document, section) : std::nullopt;
-        if (!range) {
+        const auto found = document ? FindSection(*document, section) : std::nullopt;
+        if (!found) {
             return lines;
         }
         size_t room = bufferChars;
-        for (size_t i = range->header + 1; i < range->end && room > 2; ++i) {
-            const std::string& text = document->lines[i].text;
-            if (profile::IsBlankOrComment(text)) {
-                continue;
+        ForEachEntryLine(*document, *found, [&](const LineSpan&, std::string_view text) {
+            if (room <= 2) {
+                return false;
             }
             // Each line needs its NUL, and the block a final one.
             lines.push_back(CutToUtf16Units(profile::TrimBlanks(text), room - 2));
             room -= Utf16Length(lines.back()) + 1;
-        }
+            return true;
+        });
     } catch (const std::exception&) {
         // Whatever was read so far is the answer.
     }
@@ -252,24 +299,20 @@ bool WritePrivateProfileSection(const std::string& section, const std::vector<st
             return false;
         }
         // The platform takes the lines as one NUL-separated block, so an empty line ends it.
-        std::vector<Line> body;
+        std::vector<std::string_view> body;
         for (const std::string& line : lines) {
             if (line.empty()) {
                 break;
             }
-            body.push_back(NewLine(line));
+            body.push_back(line);
         }
-        auto& all = document->lines;
-        const auto range = FindSection(*document, section);
-        if (!range) {
-            all.push_back(NewLine(HeaderText(section)));
-            all.insert(all.end(), body.begin(), body.end());
+        const auto found = FindSection(*document, section);
+        if (!found) {
+            const size_t end = document->text.size();
+            Splice(*document, end, end,
+                   LinesBlock(*document, {HeaderText(section)}) + LinesBlock(*document, body));
         } else {
-            const auto first = all.begin() + static_cast<std::ptrdiff_t>(range->header + 1);
-            const auto last =
-                all.begin() + static_cast<std::ptrdiff_t>(BodyInsertPoint(*document, *range));
-            const auto at = all.erase(first, last);
-            all.insert(at, body.begin(), body.end());
+            Splice(*document, found->bodyStart, found->contentEnd, LinesBlock(*document, body));
         }
         return Save(*document, path);
     } catch (const std::exception&) {

@@ -1,0 +1,122 @@
+// Interface texts: the language lookup, the language name, and the two UTF-16 file helpers.
+#include <gtest/gtest.h>
+
+#include "ShellFiles.h"
+#include "common/ScratchFolder.h"
+#include "modLanguage.h"
+
+namespace plattmix::shell {
+namespace {
+
+using test::ReadBytes;
+using test::Utf16Le;
+using test::WriteBytes;
+
+class LanguageTest : public ::testing::Test {
+  protected:
+    // A language file "Test.lng" in UTF-16 with its mark, as the translators ship them.
+    LanguageTexts WithLanguageFile(std::u16string_view common) {
+        WriteBytes(folder_ / "Test.lng",
+                   test::kUtf16Mark + Utf16Le(u"[Common]\r\n") + Utf16Le(common));
+        return LanguageTexts(folder_.string() + "/", "Test");
+    }
+    std::filesystem::path folder_ = test::ScratchFolder("shell");
+};
+
+TEST_F(LanguageTest, GermanWithoutALanguage) {
+    WriteBytes(folder_ / "default.lng", "[Common]\nAlles=Everything\n");
+    for (const char* name : {"", "default"}) {
+        const LanguageTexts texts(folder_.string() + "/", name);
+        EXPECT_EQ(texts.LanguageName(), "default");
+        EXPECT_EQ(texts.LangText("Alles"), "Alles");
+        EXPECT_EQ(texts.LangText("Alles", "Anders"), "Anders");
+    }
+    EXPECT_EQ(LanguageTexts().LangText("Nichts"), "Nichts");
+}
+
+TEST_F(LanguageTest, MissingLanguageFileBecomesDefault) {
+    const LanguageTexts texts(folder_.string() + "/", "Klingonisch");
+    EXPECT_EQ(texts.LanguageName(), "default");
+    EXPECT_EQ(texts.LangText("Alles"), "Alles");
+}
+
+TEST_F(LanguageTest, TranslationOrTheGermanText) {
+    const LanguageTexts texts =
+        WithLanguageFile(u"Alles=All\r\nNichts=\r\nAbbruch=\"\"\r\nSchlie\u00DFen=Close\r\n");
+    EXPECT_EQ(texts.LanguageName(), "Test");
+    EXPECT_EQ(texts.LangText("Alles"), "All");
+    EXPECT_EQ(texts.LangText("Nichts"), "Nichts");  // an empty translation keeps the German
+    EXPECT_EQ(texts.LangText("Abbruch"), "Abbruch");
+    EXPECT_EQ(texts.LangText("Gerade Tracks"), "Gerade Tracks");
+    EXPECT_EQ(texts.LangText("Fehlt", "Vorgabe"), "Vorgabe");
+    EXPECT_EQ(texts.LangText("SCHLIESSEN"), "SCHLIESSEN");
+    EXPECT_EQ(texts.LangText("schlie\xC3\x9F"
+                             "en"),
+              "Close");
+}
+
+TEST_F(LanguageTest, TranslationIsCutTo799Characters) {
+    const std::u16string longText(1000, u'e');
+    const LanguageTexts texts = WithLanguageFile(u"Lang=" + longText + u"\r\n");
+    EXPECT_EQ(texts.LangText("Lang"), std::string(799, 'e'));
+}
+
+TEST_F(LanguageTest, PaddedKeysFindTheirPaddedTranslations) {
+    const LanguageTexts texts = WithLanguageFile(
+        u"CD/DVD Rippen      =\"Rip CD/DVD      \"\r\n"
+        u"    CD Brennen  =\"    Burn CD  \"\r\n");
+    EXPECT_EQ(texts.LangText("CD/DVD Rippen      "), "Rip CD/DVD      ");
+    EXPECT_EQ(texts.LangText("    CD Brennen  "), "    Burn CD  ");
+}
+
+TEST_F(LanguageTest, LanguageNameFromTheSuiteOptions) {
+    const auto options = folder_ / "Opt.ini";
+    EXPECT_EQ(ReadLanguageName(options.string()), "");
+    WriteBytes(options, test::kUtf16Mark + Utf16Le(u"[pfad1]\r\nlanguages = English \r\n"));
+    EXPECT_EQ(ReadLanguageName(options.string()), "English");
+}
+
+TEST_F(LanguageTest, CreateWritesExactlyTheMarkAndTruncates) {
+    const auto path = (folder_ / "new.txt").string();
+    EXPECT_TRUE(UnicodeFile_Create(path, "never written"));
+    EXPECT_EQ(ReadBytes(path), "\xFF\xFE");
+    WriteBytes(path, "old content that is longer");
+    EXPECT_TRUE(UnicodeFile_Create(path));
+    EXPECT_EQ(ReadBytes(path), "\xFF\xFE");
+    EXPECT_FALSE(UnicodeFile_Create((folder_ / "no/such/folder.txt").string()));
+    EXPECT_FALSE(UnicodeFile_Create(folder_.string()));
+}
+
+TEST_F(LanguageTest, ReadGivesTheTextFollowedByBlanks) {
+    const auto path = (folder_ / "f.txt").string();
+    // A created file holds no text: the mark, and the one blank of the buffer's second half.
+    UnicodeFile_Create(path);
+    EXPECT_EQ(UnicodeFile_Read(path), " ");
+
+    WriteBytes(path, test::kUtf16Mark + Utf16Le(u"\u00C4bcd"));  // 10 bytes
+    EXPECT_EQ(UnicodeFile_Read(path),
+              "\xC3\x84"
+              "bcd     ");
+
+    // Without the mark the first character is taken for it.
+    WriteBytes(path, Utf16Le(u"abcd"));
+    EXPECT_EQ(UnicodeFile_Read(path), "bcd    ");
+
+    // An odd last byte shares its character with a blank's upper half.
+    WriteBytes(path, test::kUtf16Mark + Utf16Le(u"ab") + "c");
+    EXPECT_EQ(UnicodeFile_Read(path), "abc   ");
+
+    WriteBytes(path, "");
+    EXPECT_EQ(UnicodeFile_Read(path), "");
+    EXPECT_EQ(UnicodeFile_Read((folder_ / "missing.txt").string()), "");
+    EXPECT_EQ(UnicodeFile_Read(folder_.string()), "");
+}
+
+TEST_F(LanguageTest, ReadDropsTwoCharactersForAByteMark) {
+    const auto path = (folder_ / "bytes.txt").string();
+    WriteBytes(path, std::string("\xFF\x00\xFE\x00", 4) + Utf16Le(u"xy"));
+    EXPECT_EQ(UnicodeFile_Read(path), "xy    ");
+}
+
+}  // namespace
+}  // namespace plattmix::shell

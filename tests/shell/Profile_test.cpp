@@ -1,0 +1,227 @@
+// The profile functions against the behaviour of the Windows private-profile functions they
+// stand in for.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cstdint>
+#include <cstring>
+#include <random>
+
+#include "ShellFiles.h"
+#include "common/ScratchFolder.h"
+#include "modProfile.h"
+
+namespace plattmix::shell {
+namespace {
+
+using modProfile::GetPrivateProfileSection;
+using modProfile::GetPrivateProfileString;
+using modProfile::WritePrivateProfileSection;
+using modProfile::WritePrivateProfileString;
+using test::ReadBytes;
+using test::Utf16Le;
+using test::WriteBytes;
+using Lines = std::vector<std::string>;
+
+class ProfileTest : public ::testing::Test {
+  protected:
+    std::string FileWith(std::string_view bytes, const std::string& name = "test.ini") {
+        const auto path = folder_ / name;
+        WriteBytes(path, bytes);
+        return path.string();
+    }
+    std::string Get(const std::string& path, const std::string& section, const std::string& key,
+                    const std::string& def = "<none>", size_t buffer = 1024) {
+        return GetPrivateProfileString(section, key, def, path, buffer);
+    }
+    std::filesystem::path folder_ = test::ScratchFolder("shell");
+};
+
+TEST_F(ProfileTest, NamesIgnoreCaseAndBlanksQuotesAreTrimmed) {
+    const auto path = FileWith(
+        "[Diskolo]\n  Unload  =  1  \nText1=\"  Track  \"\nsingle='x y'\nhalf=\"open\n"
+        "mixed=\"a'\nempty=\"\"\n[\xC3\x84nderung]\n\xC3\x96l=ja\n");
+    EXPECT_EQ(Get(path, "DISKOLO", "unload"), "1");
+    EXPECT_EQ(Get(path, "  diskolo ", " UNLOAD  "), "1");
+    EXPECT_EQ(Get(path, "Diskolo", "Text1"), "  Track  ");
+    EXPECT_EQ(Get(path, "Diskolo", "single"), "x y");
+    EXPECT_EQ(Get(path, "Diskolo", "half"), "\"open");
+    EXPECT_EQ(Get(path, "Diskolo", "mixed"), "\"a'");
+    EXPECT_EQ(Get(path, "Diskolo", "empty"), "");
+    EXPECT_EQ(Get(path, "\xC3\xA4nderung", "\xC3\xB6L"), "ja");  // Ä/ä, Ö/ö
+}
+
+TEST_F(ProfileTest, MissingFileSectionOrKeyGivesTheDefault) {
+    const auto path = FileWith("[A]\nkey=1\nno key line\n; comment=1\n");
+    EXPECT_EQ(Get((folder_ / "missing.ini").string(), "A", "key"), "<none>");
+    EXPECT_EQ(Get(path, "B", "key"), "<none>");
+    EXPECT_EQ(Get(path, "A", "other"), "<none>");
+    EXPECT_EQ(Get(path, "A", "no key line"), "<none>");
+    EXPECT_EQ(Get(path, "A", "other", "trailing   "), "trailing");
+    EXPECT_FALSE(std::filesystem::exists(folder_ / "missing.ini"));
+}
+
+TEST_F(ProfileTest, FirstSectionAndFirstKeyOfAName) {
+    const auto path = FileWith("[A]\nk=first\nk=second\n[B]\nk=b\n[a]\nk=third\nonly=later\n");
+    EXPECT_EQ(Get(path, "A", "k"), "first");
+    EXPECT_EQ(Get(path, "a", "only"), "<none>");
+    EXPECT_EQ(Get(path, "B", "k"), "b");
+}
+
+TEST_F(ProfileTest, AnswerIsCutToTheBuffer) {
+    const std::string longValue(2000, 'x');
+    const auto path = FileWith("[A]\nlong=" + longValue + "\nemoji=a\xF0\x9F\x98\x80z\n");
+    EXPECT_EQ(Get(path, "A", "long", "", 800), std::string(799, 'x'));
+    EXPECT_EQ(Get(path, "A", "long", "", 1), "");
+    EXPECT_EQ(Get(path, "A", "long", "", 0), "");
+    EXPECT_EQ(Get(path, "A", "missing", "abcdef", 4), "abc");
+    // A character outside the BMP takes two places and is never split.
+    EXPECT_EQ(Get(path, "A", "emoji", "", 3), "a");
+    EXPECT_EQ(Get(path, "A", "emoji", "", 4), "a\xF0\x9F\x98\x80");
+}
+
+TEST_F(ProfileTest, SectionReadGivesEveryLineAsStored) {
+    const auto path = FileWith(
+        "[ComboBox1]\r\n/home/u/Musik/\r\n\r\n  key = value  \r\n; a comment\r\n"
+        "/home/u/a = b/\r\n[Next]\r\nother=1\r\n");
+    EXPECT_EQ(GetPrivateProfileSection("combobox1", path, 32767),
+              (Lines{"/home/u/Musik/", "key = value", "/home/u/a = b/"}));
+    EXPECT_TRUE(GetPrivateProfileSection("None", path, 32767).empty());
+    // Eleven places: nine characters, their NUL and the final NUL.
+    EXPECT_EQ(GetPrivateProfileSection("ComboBox1", path, 11), (Lines{"/home/u/M"}));
+}
+
+TEST_F(ProfileTest, Utf16FileWithMarkStaysUtf16WithCrLf) {
+    const auto path = FileWith(test::kUtf16Mark + Utf16Le(u"[Diskolo]\r\nText1=M\u00FCller\r\n"));
+    EXPECT_EQ(Get(path, "Diskolo", "Text1"), "M\xC3\xBCller");
+    ASSERT_TRUE(WritePrivateProfileString("Diskolo", "Unload", "1", path));
+    EXPECT_EQ(ReadBytes(path),
+              test::kUtf16Mark + Utf16Le(u"[Diskolo]\r\nText1=M\u00FCller\r\nUnload=1\r\n"));
+}
+
+TEST_F(ProfileTest, EmptyUnicodeFileGetsItsFirstSection) {
+    const auto path = FileWith(test::kUtf16Mark);
+    ASSERT_TRUE(
+        WritePrivateProfileString("Diskolo", "Text1", "\xE2\x82\xAC \xF0\x9F\x8E\xB5", path));
+    EXPECT_EQ(ReadBytes(path),
+              test::kUtf16Mark + Utf16Le(u"[Diskolo]\r\nText1=\u20AC \U0001F3B5\r\n"));
+    EXPECT_EQ(Get(path, "Diskolo", "Text1"), "\xE2\x82\xAC \xF0\x9F\x8E\xB5");
+}
+
+TEST_F(ProfileTest, EightBitFilesKeepTheirFormOnWrite) {
+    const auto utf8 = FileWith("[A]\nname=\xC3\xA4\n", "utf8.ini");
+    ASSERT_TRUE(WritePrivateProfileString("A", "new", "\xC3\xB6", utf8));
+    EXPECT_EQ(ReadBytes(utf8), "[A]\nname=\xC3\xA4\nnew=\xC3\xB6\n");
+
+    // Latin-1 bytes that are not UTF-8 are read as Windows-1252, and the file stays so.
+    const auto ansi = FileWith("[A]\r\nname=M\xFCller \x80\r\n", "ansi.ini");
+    EXPECT_EQ(Get(ansi, "A", "name"), "M\xC3\xBCller \xE2\x82\xAC");
+    ASSERT_TRUE(WritePrivateProfileString("A", "new", "\xC3\x9F", ansi));
+    EXPECT_EQ(ReadBytes(ansi), "[A]\r\nname=M\xFCller \x80\r\nnew=\xDF\r\n");
+
+    const auto created = (folder_ / "created.ini").string();
+    ASSERT_TRUE(WritePrivateProfileString("A", "k", "v", created));
+    EXPECT_EQ(ReadBytes(created), "[A]\r\nk=v\r\n");
+}
+
+TEST_F(ProfileTest, WritesChangeOnlyWhatTheyName) {
+    const auto path = FileWith("; top\n[A]\n  k = old ; not a comment\nx=1\n\n[B]\ny=2\n");
+    ASSERT_TRUE(WritePrivateProfileString("a", "K", "new", path));
+    ASSERT_TRUE(WritePrivateProfileString("A", "added", "3", path));
+    ASSERT_TRUE(WritePrivateProfileString("C", "z", "4", path));
+    EXPECT_EQ(ReadBytes(path), "; top\n[A]\nk=new\nx=1\nadded=3\n\n[B]\ny=2\n[C]\nz=4\n");
+    ASSERT_TRUE(WritePrivateProfileString("A", "x", std::nullopt, path));
+    ASSERT_TRUE(WritePrivateProfileString("B", std::nullopt, std::nullopt, path));
+    ASSERT_TRUE(WritePrivateProfileString("Gone", "x", std::nullopt, path));
+    EXPECT_EQ(ReadBytes(path), "; top\n[A]\nk=new\nadded=3\n\n[C]\nz=4\n");
+}
+
+TEST_F(ProfileTest, DeletingASectionDeletesEveryCopy) {
+    const auto path = FileWith("[A]\nk=1\n[B]\nk=2\n[a]\nk=3\n");
+    ASSERT_TRUE(WritePrivateProfileString("A", std::nullopt, std::nullopt, path));
+    EXPECT_EQ(ReadBytes(path), "[B]\nk=2\n");
+}
+
+TEST_F(ProfileTest, SectionWriteReplacesTheSection) {
+    const auto path = FileWith("[List]\nold1\nold2=x\n; note\n\n[Keep]\nk=1\n");
+    ASSERT_TRUE(WritePrivateProfileSection("LIST", {"/new/1/", "a=b", "", "after empty"}, path));
+    EXPECT_EQ(ReadBytes(path), "[List]\n/new/1/\na=b\n\n[Keep]\nk=1\n");
+    ASSERT_TRUE(WritePrivateProfileSection("Other", {"line"}, path));
+    EXPECT_EQ(GetPrivateProfileSection("Other", path, 100), (Lines{"line"}));
+    EXPECT_EQ(Get(path, "Keep", "k"), "1");
+}
+
+TEST_F(ProfileTest, DamagedFilesReadWhatCanBeRead) {
+    // Mark and an odd number of bytes: the last half character is left out.
+    const auto odd = FileWith(test::kUtf16Mark + Utf16Le(u"[A]\r\nk=v") + "\x41", "odd.ini");
+    EXPECT_EQ(Get(odd, "A", "k"), "v");
+    EXPECT_TRUE(WritePrivateProfileString("A", "k2", "w", odd));
+    EXPECT_EQ(Get(odd, "A", "k2"), "w");
+
+    const auto truncated = FileWith("[A]\nk=v\n[B", "truncated.ini");
+    EXPECT_EQ(Get(truncated, "A", "k"), "v");
+    EXPECT_EQ(Get(truncated, "B", "k"), "<none>");
+
+    const auto lone = FileWith(test::kUtf16Mark + Utf16Le(u"[A]\r\nk=\xD800x\r\n"), "lone.ini");
+    EXPECT_EQ(Get(lone, "A", "k"), "\xEF\xBF\xBDx");
+
+    const auto markOnly = FileWith("\xFE", "mark.ini");
+    EXPECT_EQ(Get(markOnly, "A", "k"), "<none>");
+}
+
+TEST_F(ProfileTest, BinaryJunkNeverStopsReadsOrWrites) {
+    std::mt19937_64 random(7);
+    std::string junk(10 * 1024 * 1024, '\0');
+    for (size_t i = 0; i < junk.size(); i += 8) {
+        const uint64_t bits = random();
+        std::memcpy(junk.data() + i, &bits, 8);
+    }
+    const auto path = FileWith(junk + "\n[Tail]\nk=found\n");
+    EXPECT_EQ(Get(path, "Tail", "k"), "found");
+    EXPECT_EQ(GetPrivateProfileSection("Tail", path, 32767), (Lines{"k=found"}));
+    ASSERT_TRUE(WritePrivateProfileString("Tail", "k2", "v", path));
+    EXPECT_EQ(Get(path, "Tail", "k2"), "v");
+    EXPECT_EQ(ReadBytes(path).substr(0, 1000), junk.substr(0, 1000));  // junk kept as it was
+
+    const auto utf16 = FileWith(test::kUtf16Mark + junk, "junk16.ini");
+    Get(utf16, "A", "k");
+    GetPrivateProfileSection("A", utf16, 32767);
+    EXPECT_TRUE(WritePrivateProfileString("A", "k", "v", utf16));
+    EXPECT_EQ(Get(utf16, "A", "k"), "v");
+}
+
+TEST_F(ProfileTest, UnwritableTargetsAnswerFalse) {
+    const auto folderTarget = folder_ / "is-a-folder.ini";
+    std::filesystem::create_directory(folderTarget);
+    EXPECT_FALSE(WritePrivateProfileString("A", "k", "v", folderTarget.string()));
+    EXPECT_FALSE(WritePrivateProfileSection("A", {"x"}, folderTarget.string()));
+    EXPECT_EQ(Get(folderTarget.string(), "A", "k"), "<none>");
+    EXPECT_TRUE(std::filesystem::is_directory(folderTarget));
+
+    const auto plainFile = FileWith("not a folder", "plain");
+    EXPECT_FALSE(WritePrivateProfileString("A", "k", "v", plainFile + "/x.ini"));
+    // The folder is the caller's to create.
+    EXPECT_FALSE(WritePrivateProfileString("A", "k", "v", (folder_ / "no/x.ini").string()));
+    EXPECT_FALSE(std::filesystem::exists(folder_ / "no"));
+}
+
+TEST_F(ProfileTest, WritesLeaveNoTemporaryFilesAndKeepModeAndLinks) {
+    const auto path = FileWith("[A]\nk=1\n", "real.ini");
+    ::chmod(path.c_str(), 0640);
+    const auto link = folder_ / "link.ini";
+    std::filesystem::create_symlink(path, link);
+    ASSERT_TRUE(WritePrivateProfileString("A", "k", "2", link.string()));
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
+    EXPECT_EQ(Get(path, "A", "k"), "2");
+    struct stat info {};
+    ASSERT_EQ(::stat(path.c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777, 0640u);
+    size_t entries = 0;
+    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(folder_)) {
+        ++entries;
+    }
+    EXPECT_EQ(entries, 2u);
+}
+
+}  // namespace
+}  // namespace plattmix::shell

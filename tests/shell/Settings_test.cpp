@@ -1,0 +1,154 @@
+// Where the settings live, the first start, the file-name rules of ReadIni/WriteIni and the
+// recent target folders.
+#include <gtest/gtest.h>
+
+#include "ShellFiles.h"
+#include "common/ScratchFolder.h"
+#include "modSettings.h"
+
+namespace plattmix::shell {
+namespace {
+
+using test::ReadBytes;
+using test::ScopedEnv;
+using test::WriteBytes;
+using Lines = std::vector<std::string>;
+
+class SettingsTest : public ::testing::Test {
+  protected:
+    SettingsTest() : appData_(test::ScratchFolder("shell").string() + "/AppData") {}
+
+    SettingsPaths StartedPaths() {
+        const SettingsPaths paths = ComputeSettingsPaths();
+        EXPECT_TRUE(EnsureSettingsFile(paths));
+        return paths;
+    }
+
+    std::string appData_;
+    ScopedEnv env_{"APPDATA", appData_};
+};
+
+TEST_F(SettingsTest, FolderComesFromAppDataThenXdgThenHome) {
+    const SettingsPaths fromAppData = ComputeSettingsPaths();
+    EXPECT_EQ(fromAppData.AppDataFolder, appData_ + "/");
+    EXPECT_EQ(fromAppData.SettingsFolder, appData_ + "/Trovalis/");
+    EXPECT_EQ(fromAppData.SettingsFile, appData_ + "/Trovalis/Diskolo.ini");
+    EXPECT_EQ(fromAppData.SuiteOptionsFile, appData_ + "/Trovalis/Opt.ini");
+
+    ScopedEnv noAppData("APPDATA", std::nullopt);
+    ScopedEnv xdg("XDG_CONFIG_HOME", "/x/config/");
+    EXPECT_EQ(ComputeSettingsPaths().SettingsFolder, "/x/config/Trovalis/");
+
+    ScopedEnv noXdg("XDG_CONFIG_HOME", std::nullopt);
+    ScopedEnv home("HOME", "/home/hanna");
+    EXPECT_EQ(ComputeSettingsPaths().SettingsFile, "/home/hanna/.config/Trovalis/Diskolo.ini");
+}
+
+TEST_F(SettingsTest, FirstStartCreatesTheFileWithOnlyTheMark) {
+    const SettingsPaths paths = StartedPaths();
+    EXPECT_EQ(ReadBytes(paths.SettingsFile), "\xFF\xFE");
+    EXPECT_EQ(ReadIni(paths, "Diskolo", "Unload"), "");
+
+    // The first unload writes the two settings, in UTF-16.
+    WriteIni(paths, "Diskolo", "Unload", "0");
+    WriteIni(paths, "Diskolo", "Text1", "Track");
+    EXPECT_EQ(ReadBytes(paths.SettingsFile),
+              test::kUtf16Mark + test::Utf16Le(u"[Diskolo]\r\nUnload=0\r\nText1=Track\r\n"));
+
+    // A second start leaves the file alone.
+    EXPECT_TRUE(EnsureSettingsFile(paths));
+    EXPECT_EQ(ReadIni(paths, "Diskolo", "Text1"), "Track");
+}
+
+TEST_F(SettingsTest, SettingsFileThatCannotBeMadeIsReported) {
+    WriteBytes(appData_, "a file where the folder should be");
+    EXPECT_FALSE(EnsureSettingsFile(ComputeSettingsPaths()));
+}
+
+TEST_F(SettingsTest, FileNameRulesOfReadIniAndWriteIni) {
+    const SettingsPaths paths = StartedPaths();
+    WriteIni(paths, "S", "k", "settings");
+    EXPECT_EQ(ReadIni(paths, "S", "k", "abc"), "settings");  // shorter than 4: Diskolo.ini
+    EXPECT_EQ(ReadIni(paths, "S", "k", "Opt.ini", "none"), "none");
+
+    WriteIni(paths, "S", "k", "other", "Other.ini");  // no "/": inside the settings folder
+    EXPECT_EQ(ReadIni(paths, "S", "k", "Other.ini"), "other");
+
+    const std::string elsewhere = appData_ + "/elsewhere.ini";
+    WriteIni(paths, "S", "k", "as it stands", elsewhere);
+    EXPECT_EQ(ReadIni(paths, "S", "k", "elsewhere.ini", "not inside"), "not inside");
+    EXPECT_EQ(ReadIniSection(elsewhere, "S"), (Lines{"k=as it stands"}));
+
+    // With the suite folder a missing file falls back to the settings file.
+    EXPECT_EQ(ReadIni(paths, "S", "k", "Missing.ini", "", true), "settings");
+    WriteBytes(paths.SuiteOptionsFile, "[Pfad1]\nLanguages=English\n");
+    EXPECT_EQ(ReadIni(paths, "Pfad1", "Languages", "Opt.ini", "", true), "English");
+    WriteIni(paths, "S", "suite", "1", "", true);
+    EXPECT_EQ(ReadIni(paths, "S", "suite"), "1");
+}
+
+TEST_F(SettingsTest, ReadIniCutsAt1023Characters) {
+    const SettingsPaths paths = StartedPaths();
+    WriteIni(paths, "S", "long", std::string(3000, 'w'));
+    EXPECT_EQ(ReadIni(paths, "S", "long"), std::string(1023, 'w'));
+}
+
+TEST_F(SettingsTest, SectionWriteCreatesAMissingFileAsUnicode) {
+    const std::string file = appData_ + "/list.ini";
+    std::filesystem::create_directories(appData_);
+    WriteIniSection(file, "L", {});
+    EXPECT_FALSE(std::filesystem::exists(file));
+    WriteIniSection(file, "L", {"/a/", "/b/"});
+    EXPECT_EQ(ReadBytes(file), test::kUtf16Mark + test::Utf16Le(u"[L]\r\n/a/\r\n/b/\r\n"));
+    EXPECT_EQ(ReadIniSection(file, "l"), (Lines{"/a/", "/b/"}));
+}
+
+TEST_F(SettingsTest, ComboListOrderSurvivesSaveAndLoad) {
+    const SettingsPaths paths = StartedPaths();
+    const Lines entries{"/m/1/", "/m/2/", "/m/3/"};
+    SaveComboToSection(paths, entries, "ComboBox1");
+    Lines loaded{"kept"};
+    LoadComboFromSection(paths, loaded, "ComboBox1");
+    EXPECT_EQ(loaded, (Lines{"kept", "/m/1/", "/m/2/", "/m/3/"}));
+
+    // An empty list leaves the saved one alone.
+    SaveComboToSection(paths, {}, "ComboBox1");
+    EXPECT_EQ(ReadIniSection(paths.SettingsFile, "ComboBox1").size(), 3u);
+}
+
+TEST_F(SettingsTest, ThirteenthFolderDropsTheOldest) {
+    const SettingsPaths paths = StartedPaths();
+    Lines list;
+    for (int i = 1; i <= 13; ++i) {
+        list = AddRecentFolder(paths, list, "/home/u/Ordner" + std::to_string(i));
+    }
+    ASSERT_EQ(list.size(), 12u);
+    EXPECT_EQ(list.front(), "/home/u/Ordner2/");
+    EXPECT_EQ(list.back(), "/home/u/Ordner13/");
+    Lines reloaded;
+    LoadComboFromSection(paths, reloaded, "ComboBox1");
+    EXPECT_EQ(reloaded, list);
+}
+
+TEST_F(SettingsTest, FolderDifferingOnlyInCaseIsNotAdded) {
+    const SettingsPaths paths = StartedPaths();
+    Lines list = AddRecentFolder(paths, {}, "/home/u/M\xC3\xBCsik/\xC3\x84rzte");
+    list = AddRecentFolder(paths, list, "/HOME/U/M\xC3\x9CSIK/\xC3\xA4RZTE/");
+    list = AddRecentFolder(paths, list, "/home/u/M\xC3\xBCsik/\xC3\x84rzte/");
+    EXPECT_EQ(list, (Lines{"/home/u/M\xC3\xBCsik/\xC3\x84rzte/"}));
+    EXPECT_EQ(ReadIniSection(paths.SettingsFile, "ComboBox1"), list);
+
+    EXPECT_TRUE(ComboContains(list, "/HOME/U/M\xC3\x9CSIK/\xC3\x84RZTE/"));
+    EXPECT_FALSE(ComboContains({"/stra\xC3\x9F"
+                                "e/"},
+                               "/STRASSE/"));  // ß stays ß
+}
+
+TEST_F(SettingsTest, UnwritableSettingsStillShowTheChoice) {
+    const SettingsPaths paths = ComputeSettingsPaths();  // the folder is never made
+    const Lines list = AddRecentFolder(paths, {"/a/"}, "/b");
+    EXPECT_EQ(list, (Lines{"/a/", "/b/"}));
+}
+
+}  // namespace
+}  // namespace plattmix::shell
