@@ -18,6 +18,7 @@ class QCheckBox;
 class QComboBox;
 class QFrame;
 class QGroupBox;
+class QHBoxLayout;
 class QLabel;
 class QLineEdit;
 class QProgressBar;
@@ -150,7 +151,7 @@ class frmMain final : public QMainWindow {
     void CreateBurnControls();
     void CreateCommonControls();
     void LayOut();
-    QWidget* DriveRow();
+    QHBoxLayout* DriveRow();
     QWidget* TargetBox();
     QWidget* BurnBox();
     QWidget* StatusArea();

@@ -188,7 +188,7 @@ void frmMain::LayOut() {
     root->setContentsMargins(kMargin, kMargin / 2, kMargin, kMargin);
     root->setSpacing(kSpacing);
     root->addWidget(TabStrip1);
-    root->addWidget(DriveRow());
+    root->addLayout(DriveRow());
     auto* source = Row();
     source->addWidget(Text2, 1);
     source->addWidget(Command7);
@@ -205,16 +205,16 @@ void frmMain::LayOut() {
     resize(820, 620);
 }
 
-QWidget* frmMain::DriveRow() {
-    auto* row = new QWidget(centralWidget());
-    auto* layout = Row(row);
+// A layout rather than a widget, so the row takes no room on the page that hides all of it.
+QHBoxLayout* frmMain::DriveRow() {
+    auto* layout = Row();
     layout->addWidget(cboDrv, 1);
     layout->addWidget(Command1);
     layout->addWidget(Command4);
     layout->addSpacing(kSpacing);
     layout->addWidget(Command5[0]);
     layout->addWidget(Command6);
-    return row;
+    return layout;
 }
 
 QWidget* frmMain::TargetBox() {

@@ -1,0 +1,129 @@
+// From start to end: the settings file, a second copy, no transport, the disc images, the two
+// settings the window keeps.
+#include <QCheckBox>
+#include <QLineEdit>
+#include <QLockFile>
+#include <fstream>
+#include <iterator>
+
+#include "TransportSelection.h"
+#include "WindowTestSupport.h"
+
+using namespace plattmix;
+using namespace plattmix::window;
+using namespace plattmix::window::test;
+
+namespace {
+
+std::string FileBytes(const std::filesystem::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+}  // namespace
+
+TEST_F(WindowTest, FirstStartCreatesTheSettingsFileAndWritesBothSettingsAtTheEnd) {
+    // The very first start: the settings file is created with just the mark before anything
+    // reads it (this start ends, as no drive and no image is there yet).
+    const std::string disc = WriteDisc("AudioThreeTracks", root / "disc");
+    MsgBoxRecorder boxes;
+    ASSERT_EQ(Start(), nullptr);
+    EXPECT_EQ(FileBytes(SettingsFile()), std::string("\xFF\xFE"));
+    startup.reset();
+
+    UseImages({disc});
+    frmMain* window = StartAndFill();
+    ASSERT_NE(window, nullptr);
+    EXPECT_FALSE(window->Check1->isChecked());
+    EXPECT_TRUE(window->Text1->text().isEmpty());
+    window->close();
+    EXPECT_EQ(ReadSettingsValue(SettingsFile(), "Diskolo", "Unload"), "0");
+    EXPECT_EQ(ReadSettingsValue(SettingsFile(), "Diskolo", "Text1"), "Track");
+}
+
+TEST_F(WindowTest, SavedSettingsComeBackAtTheNextStart) {
+    UseImages({WriteDisc("AudioThreeTracks", root / "disc")});
+    MsgBoxRecorder boxes;
+    frmMain* window = StartAndFill();
+    ASSERT_NE(window, nullptr);
+    window->Check1->setChecked(true);
+    window->Text1->setText(QStringLiteral("Lied"));
+    window->close();
+    startup.reset();
+
+    window = Start();
+    ASSERT_NE(window, nullptr);
+    EXPECT_TRUE(window->Check1->isChecked());
+    EXPECT_EQ(window->Text1->text(), QStringLiteral("Lied"));
+}
+
+TEST_F(WindowTest, UnloadThatIsNoNumberLeavesCheck1Unchecked) {
+    UseImages({WriteDisc("AudioThreeTracks", root / "disc")});
+    shell::WriteIni(Paths(), "Diskolo", "Unload", "ja");
+    MsgBoxRecorder boxes;
+    frmMain* window = Start();
+    ASSERT_NE(window, nullptr);
+    EXPECT_FALSE(window->Check1->isChecked());
+}
+
+TEST_F(WindowTest, SecondCopyIsRefusedAndCreatesNothing) {
+    QLockFile first(QString::fromStdString((root / "plattmix.lock").string()));
+    ASSERT_TRUE(first.tryLock(0));
+    MsgBoxRecorder boxes;
+    EXPECT_EQ(Start(), nullptr);
+    ASSERT_EQ(boxes.boxes.size(), 1u);
+    EXPECT_EQ(boxes.boxes[0].text,
+              QStringLiteral(
+                  "Diese Anwendung ist bereits geladen und kann nur einmal gestartet werden!"));
+    EXPECT_EQ(boxes.boxes[0].style, MsgBoxStyle::Exclamation);
+    EXPECT_EQ(boxes.boxes[0].title, QStringLiteral("Plattmix"));
+    EXPECT_FALSE(std::filesystem::exists(appData / "Trovalis"));
+    EXPECT_EQ(startup->Window(), nullptr);
+}
+
+TEST_F(WindowTest, LockIsFreeAgainOnceTheFirstCopyHasEnded) {
+    UseImages({WriteDisc("AudioThreeTracks", root / "disc")});
+    MsgBoxRecorder boxes;
+    ASSERT_NE(Start(), nullptr);
+    startup.reset();
+    EXPECT_NE(Start(), nullptr);
+    EXPECT_TRUE(boxes.boxes.empty());
+}
+
+TEST_F(WindowTest, NoTransportAndNoImagesEndsWithTheTwoLineMessage) {
+    MsgBoxRecorder boxes;
+    EXPECT_EQ(Start(), nullptr);
+    ASSERT_EQ(boxes.boxes.size(), 1u);
+    EXPECT_EQ(boxes.boxes[0].text, QStringLiteral("Kein funktionierendes Interface gefunden!\r\n"
+                                                  "Programm kann nicht verwendet werden."));
+    EXPECT_EQ(boxes.boxes[0].style, MsgBoxStyle::Exclamation);
+    // Nothing was loaded or saved.
+    EXPECT_EQ(ReadSettingsValue(SettingsFile(), "Diskolo", "Unload"), "<fehlt>");
+    EXPECT_EQ(startup->Window(), nullptr);
+}
+
+TEST_F(WindowTest, ImageThatFailsIsNamedOnceAndTheOthersAreUsed) {
+    const std::string good = WriteDisc("AudioThreeTracks", root / "disc");
+    const std::string missing = (root / "fehlt.cue").string();
+    const std::string broken = (root / "kaputt.cue").string();
+    std::ofstream(broken) << "FILE \"nichts.bin\" BINARY\n  TRACK 01 AUDIO\n";
+    UseImages({missing, good, broken});
+    MsgBoxRecorder boxes;
+    frmMain* window = StartAndFill();
+    ASSERT_NE(window, nullptr);
+    ASSERT_EQ(boxes.boxes.size(), 1u);
+    EXPECT_EQ(boxes.boxes[0].style, MsgBoxStyle::Exclamation);
+    EXPECT_TRUE(boxes.boxes[0].text.contains(QString::fromStdString(missing)));
+    EXPECT_TRUE(boxes.boxes[0].text.contains(QString::fromStdString(broken)))
+        << boxes.boxes[0].text.toStdString();
+    EXPECT_FALSE(boxes.boxes[0].text.contains(QString::fromStdString(good)));
+    EXPECT_EQ(window->Transport()->DriveCount(), 1);
+}
+
+TEST_F(WindowTest, OnlyBrokenImagesMeanNoTransport) {
+    UseImages({(root / "fehlt.cue").string()});
+    MsgBoxRecorder boxes;
+    EXPECT_EQ(Start(), nullptr);
+    ASSERT_EQ(boxes.boxes.size(), 2u);
+    EXPECT_EQ(boxes.boxes[1].text, QString::fromUtf8(plattmix::scsi::kNoTransportMessage));
+}

@@ -1,0 +1,60 @@
+// The window's small rules: the tab width per screen, the mount table, the dialog filters.
+#include <gtest/gtest.h>
+
+#include "Dialogs.h"
+#include "MountPoint.h"
+#include "TabSize.h"
+
+using namespace plattmix::window;
+
+TEST(TabSize, FollowsTheScreensTwipsPerPixel) {
+    EXPECT_EQ(TabSizeForTwipsPerPixel(15), 0);  // the usual 96-DPI screen
+    EXPECT_EQ(TabSizeForTwipsPerPixel(14.4), 30);
+    EXPECT_EQ(TabSizeForTwipsPerPixel(16), 30);
+    EXPECT_EQ(TabSizeForTwipsPerPixel(6), 50);
+    EXPECT_EQ(TabSizeForTwipsPerPixel(3), 50);
+    EXPECT_EQ(TabSizeForTwipsPerPixel(6.5), 45);
+    EXPECT_EQ(TabSizeForTwipsPerPixel(7), 40);
+    EXPECT_EQ(TabSizeForTwipsPerPixel(8), 38);
+    EXPECT_EQ(TabSizeForTwipsPerPixel(9.99), 35);
+    EXPECT_EQ(TabSizeForTwipsPerPixel(10), 32);
+    EXPECT_EQ(TabSizeForTwipsPerPixel(12), 30);
+}
+
+TEST(TabSize, TwipsPerPixelFromTheLogicalDpi) {
+    EXPECT_DOUBLE_EQ(TwipsPerPixel(96), 15);
+    EXPECT_DOUBLE_EQ(TwipsPerPixel(144), 10);
+    EXPECT_DOUBLE_EQ(TwipsPerPixel(0), 15);
+}
+
+namespace {
+const char* const kMountInfo =
+    "22 1 8:1 / / rw,relatime shared:1 - ext4 /dev/sda1 rw\n"
+    "40 22 11:0 / /media/ich/MEINE\\040CD ro,nosuid shared:20 - iso9660 /dev/sr0 ro\n"
+    "41 22 11:1 / /mnt/zwei ro - udf /dev/sr1 ro\n";
+}
+
+TEST(MountPoint, DiscFileSystemIsFoundByItsNode) {
+    EXPECT_EQ(MountPointFromMountInfo(kMountInfo, "/dev/sr0", ""), "/media/ich/MEINE CD/");
+    EXPECT_EQ(MountPointFromMountInfo(kMountInfo, "/dev/sr1", ""), "/mnt/zwei/");
+}
+
+TEST(MountPoint, DeviceNumberFindsAMountUnderAnotherName) {
+    EXPECT_EQ(MountPointFromMountInfo(kMountInfo, "/dev/cdrom", "11:1"), "/mnt/zwei/");
+}
+
+TEST(MountPoint, UnmountedDiscHasNoRoot) {
+    EXPECT_EQ(MountPointFromMountInfo(kMountInfo, "/dev/sr2", "11:2"), "");
+    EXPECT_EQ(MountPointFromMountInfo("kaputt\n\n", "/dev/sr0", ""), "");
+    EXPECT_EQ(DriveRootOf("/tmp/demo.cue"), "");
+}
+
+TEST(DialogFilters, PairsBecomeTheDialogsFilters) {
+    EXPECT_EQ(QtNameFilters(QStringLiteral("ISO Dateien|*.iso")),
+              QStringList{QStringLiteral("ISO Dateien (*.iso)")});
+    EXPECT_EQ(QtNameFilters(QStringLiteral("alle Dateien (*.*)|*.*")),
+              QStringList{QStringLiteral("alle Dateien (*.*)")});
+    EXPECT_EQ(
+        QtNameFilters(QStringLiteral("Bilder|*.iso;*.img|Text|*.txt")),
+        (QStringList{QStringLiteral("Bilder (*.iso *.img)"), QStringLiteral("Text (*.txt)")}));
+}
