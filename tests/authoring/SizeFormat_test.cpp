@@ -14,27 +14,28 @@ namespace {
 const NumberFormat kGerman{".", ","};
 const NumberFormat kEnglish{",", "."};
 
-TEST(FormatGroesseTest, UnitBoundariesAndRoundingHalfAwayFromZero) {
-    EXPECT_EQ(FormatGroesse(1023, kGerman), "1.023 Byte");
-    EXPECT_EQ(FormatGroesse(1024, kGerman), "1 KB");
-    EXPECT_EQ(FormatGroesse(1536, kGerman), "2 KB");
-    EXPECT_EQ(FormatGroesse(2560, kGerman), "3 KB");  // 2.5, not to the even 2
-    EXPECT_EQ(FormatGroesse(1048575, kGerman), "1.024 KB");
-    EXPECT_EQ(FormatGroesse(1048576, kGerman), "1,00 MB");
-    EXPECT_EQ(FormatGroesse(1572864, kGerman), "1,50 MB");
-    EXPECT_EQ(FormatGroesse(1048576 + 131072, kGerman), "1,13 MB");  // exactly 1.125
-    EXPECT_EQ(FormatGroesse(1073741823, kGerman), "1.024,00 MB");
-    EXPECT_EQ(FormatGroesse(1073741824, kGerman), "1,00 GB");
-    EXPECT_EQ(FormatGroesse(int64_t{1073741824} * 5 / 2 + 5368709, kGerman), "2,50 GB");
-    EXPECT_EQ(FormatGroesse(int64_t{1073741824} * 5 / 2 + 5368710, kGerman), "2,51 GB");
-}
-
-TEST(FormatGroesseTest, ExtremesAndOtherSigns) {
-    EXPECT_EQ(FormatGroesse(std::numeric_limits<int64_t>::max(), kGerman), "8.589.934.592,00 GB");
-    EXPECT_EQ(FormatGroesse(-1234, kGerman), "-1.234 Byte");
+TEST(FormatGroesseTest, UnitBoundariesRoundingAndExtremes) {
+    constexpr int64_t kGB = 1073741824;
+    const std::pair<int64_t, const char*> sizes[] = {
+        {1023, "1.023 Byte"},
+        {1024, "1 KB"},
+        {1536, "2 KB"},
+        {2560, "3 KB"},  // 2.5, half away from zero, not to the even 2
+        {1048575, "1.024 KB"},
+        {1048576, "1,00 MB"},
+        {1048576 + 131072, "1,13 MB"},  // exactly 1.125
+        {kGB - 1, "1.024,00 MB"},
+        {kGB, "1,00 GB"},
+        {kGB * 5 / 2 + 5368709, "2,50 GB"},
+        {kGB * 5 / 2 + 5368710, "2,51 GB"},
+        {std::numeric_limits<int64_t>::max(), "8.589.934.592,00 GB"},
+        {-1234, "-1.234 Byte"},
+    };
+    for (const auto& [size, text] : sizes)
+        EXPECT_EQ(FormatGroesse(size, kGerman), text) << size;
     EXPECT_EQ(FormatGroesse(std::numeric_limits<int64_t>::min(), kEnglish),
               "-9,223,372,036,854,775,808 Byte");
-    EXPECT_EQ(FormatGroesse(1073741823, {"\u202f", ","}), "1\u202f024,00 MB");
+    EXPECT_EQ(FormatGroesse(kGB - 1, {"\u202f", ","}), "1\u202f024,00 MB");
 }
 
 bool LocaleInstalled(const char* name) {

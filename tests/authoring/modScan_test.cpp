@@ -109,7 +109,7 @@ class EscapeTest : public ::testing::Test {
     }
 };
 
-TEST_F(EscapeTest, KeyHeldDownStopsEveryLevel) {
+TEST_F(EscapeTest, KeyHeldDownStopsEveryLevelABriefPressOnlyItsOwn) {
     state.ScanTotal = 99;
     EXPECT_EQ(Scan([] { return true; }), "Leertaste");
     EXPECT_EQ(state.ScanTotal, 0);
@@ -117,9 +117,8 @@ TEST_F(EscapeTest, KeyHeldDownStopsEveryLevel) {
     bool down = false;
     EXPECT_EQ(Scan([&] { return down = down || InDeep(); }), "Leertaste");
     EXPECT_EQ(state.ScanTotal, 0);
-}
 
-TEST_F(EscapeTest, BriefPressInADeepLevelLetsOuterLevelsGoOn) {
+    // A brief press in a deep level lets the outer levels go on.
     int presses = 0;
     EXPECT_EQ(Scan([&] { return presses == 0 && InDeep() && ++presses == 1; }), "");
     EXPECT_EQ(presses, 1);

@@ -1,42 +1,34 @@
 // The path helpers and where the program's own files are.
 #include <gtest/gtest.h>
 
+#include <array>
+
 #include "ShellFiles.h"
 #include "modPaths.h"
 
 namespace plattmix::shell {
 namespace {
 
-struct Split {
-    std::string folder = "unchanged";
-    std::string name = "unchanged";
-};
+TEST(PathsTest, AddBackslashAndSplitPath) {
+    const std::pair<const char*, const char*> slashed[] = {{"/home/u/Musik", "/home/u/Musik/"},
+                                                           {"/home/u/Musik/", "/home/u/Musik/"},
+                                                           {"/", "/"},
+                                                           {"", "/"}};
+    for (const auto& [path, expected] : slashed)
+        EXPECT_EQ(AddBackslash(path), expected) << path;
 
-Split SplitOf(const std::string& path) {
-    Split split;
-    SplitPath(path, split.folder, split.name);
-    return split;
-}
-
-TEST(PathsTest, AddBackslashEnsuresOneTrailingSlash) {
-    EXPECT_EQ(AddBackslash("/home/u/Musik"), "/home/u/Musik/");
-    EXPECT_EQ(AddBackslash("/home/u/Musik/"), "/home/u/Musik/");
-    EXPECT_EQ(AddBackslash("/"), "/");
-    EXPECT_EQ(AddBackslash(""), "/");
-}
-
-TEST(PathsTest, SplitPathGivesFolderAndName) {
-    EXPECT_EQ(SplitOf("/a/b.txt").folder, "/a");
-    EXPECT_EQ(SplitOf("/a/b.txt").name, "b.txt");
-    EXPECT_EQ(SplitOf("/b.txt").folder, "/");
-    EXPECT_EQ(SplitOf("/b.txt").name, "b.txt");
-    EXPECT_EQ(SplitOf("b.txt").folder, "");
-    EXPECT_EQ(SplitOf("b.txt").name, "b.txt");
-    EXPECT_EQ(SplitOf("/a/b/").folder, "/a/b");
-    EXPECT_EQ(SplitOf("/a/b/").name, "b/");
-    EXPECT_EQ(SplitOf("/").folder, "unchanged");  // the root has nothing to remove
-    EXPECT_EQ(SplitOf("").folder, "unchanged");
-    EXPECT_EQ(SplitOf("").name, "unchanged");
+    // Path, folder, name; the root and nothing have nothing to remove.
+    const std::array<const char*, 3> splits[] = {
+        {"/a/b.txt", "/a", "b.txt"}, {"/b.txt", "/", "b.txt"},    {"b.txt", "", "b.txt"},
+        {"/a/b/", "/a/b", "b/"},     {"/", "unchanged", nullptr}, {"", "unchanged", "unchanged"}};
+    for (const auto& [path, folder, name] : splits) {
+        std::string gotFolder = "unchanged", gotName = "unchanged";
+        SplitPath(path, gotFolder, gotName);
+        EXPECT_EQ(gotFolder, folder) << path;
+        if (name != nullptr) {
+            EXPECT_EQ(gotName, name) << path;
+        }
+    }
 }
 
 TEST(PathsTest, FilterPairs) {

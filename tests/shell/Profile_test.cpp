@@ -51,18 +51,16 @@ TEST_F(ProfileTest, NamesIgnoreCaseAndBlanksQuotesAreTrimmed) {
     EXPECT_EQ(Get(path, "\xC3\xA4nderung", "\xC3\xB6L"), "ja");  // Ä/ä, Ö/ö
 }
 
-TEST_F(ProfileTest, MissingFileSectionOrKeyGivesTheDefault) {
-    const auto path = FileWith("[A]\nkey=1\nno key line\n; comment=1\n");
+TEST_F(ProfileTest, MissingFileSectionOrKeyGivesTheDefaultFirstNameWins) {
+    const auto path = FileWith(
+        "[A]\nkey=1\nno key line\n; comment=1\nk=first\nk=second\n[B]\nk=b\n[a]\nk=third\n"
+        "only=later\n");
     EXPECT_EQ(Get((folder_ / "missing.ini").string(), "A", "key"), "<none>");
-    EXPECT_EQ(Get(path, "B", "key"), "<none>");
+    EXPECT_EQ(Get(path, "C", "key"), "<none>");
     EXPECT_EQ(Get(path, "A", "other"), "<none>");
     EXPECT_EQ(Get(path, "A", "no key line"), "<none>");
     EXPECT_EQ(Get(path, "A", "other", "trailing   "), "trailing");
     EXPECT_FALSE(std::filesystem::exists(folder_ / "missing.ini"));
-}
-
-TEST_F(ProfileTest, FirstSectionAndFirstKeyOfAName) {
-    const auto path = FileWith("[A]\nk=first\nk=second\n[B]\nk=b\n[a]\nk=third\nonly=later\n");
     EXPECT_EQ(Get(path, "A", "k"), "first");
     EXPECT_EQ(Get(path, "a", "only"), "<none>");
     EXPECT_EQ(Get(path, "B", "k"), "b");
@@ -97,15 +95,14 @@ TEST_F(ProfileTest, Utf16FileWithMarkStaysUtf16WithCrLf) {
     ASSERT_TRUE(WritePrivateProfileString("Diskolo", "Unload", "1", path));
     EXPECT_EQ(ReadBytes(path),
               test::kUtf16Mark + Utf16Le(u"[Diskolo]\r\nText1=M\u00FCller\r\nUnload=1\r\n"));
-}
 
-TEST_F(ProfileTest, EmptyUnicodeFileGetsItsFirstSection) {
-    const auto path = FileWith(test::kUtf16Mark);
+    // A file of just the mark gets its first section, characters outside the BMP as pairs.
+    const auto empty = FileWith(test::kUtf16Mark, "empty.ini");
     ASSERT_TRUE(
-        WritePrivateProfileString("Diskolo", "Text1", "\xE2\x82\xAC \xF0\x9F\x8E\xB5", path));
-    EXPECT_EQ(ReadBytes(path),
+        WritePrivateProfileString("Diskolo", "Text1", "\xE2\x82\xAC \xF0\x9F\x8E\xB5", empty));
+    EXPECT_EQ(ReadBytes(empty),
               test::kUtf16Mark + Utf16Le(u"[Diskolo]\r\nText1=\u20AC \U0001F3B5\r\n"));
-    EXPECT_EQ(Get(path, "Diskolo", "Text1"), "\xE2\x82\xAC \xF0\x9F\x8E\xB5");
+    EXPECT_EQ(Get(empty, "Diskolo", "Text1"), "\xE2\x82\xAC \xF0\x9F\x8E\xB5");
 }
 
 TEST_F(ProfileTest, EightBitFilesKeepTheirFormOnWrite) {
@@ -125,21 +122,16 @@ TEST_F(ProfileTest, EightBitFilesKeepTheirFormOnWrite) {
 }
 
 TEST_F(ProfileTest, WritesChangeOnlyWhatTheyName) {
-    const auto path = FileWith("; top\n[A]\n  k = old ; not a comment\nx=1\n\n[B]\ny=2\n");
+    const auto path =
+        FileWith("; top\n[A]\n  k = old ; not a comment\nx=1\n\n[B]\ny=2\n[b]\ny=3\n");
     ASSERT_TRUE(WritePrivateProfileString("a", "K", "new", path));
     ASSERT_TRUE(WritePrivateProfileString("A", "added", "3", path));
     ASSERT_TRUE(WritePrivateProfileString("C", "z", "4", path));
-    EXPECT_EQ(ReadBytes(path), "; top\n[A]\nk=new\nx=1\nadded=3\n\n[B]\ny=2\n[C]\nz=4\n");
+    EXPECT_EQ(ReadBytes(path), "; top\n[A]\nk=new\nx=1\nadded=3\n\n[B]\ny=2\n[b]\ny=3\n[C]\nz=4\n");
     ASSERT_TRUE(WritePrivateProfileString("A", "x", std::nullopt, path));
-    ASSERT_TRUE(WritePrivateProfileString("B", std::nullopt, std::nullopt, path));
+    ASSERT_TRUE(WritePrivateProfileString("B", std::nullopt, std::nullopt, path));  // every copy
     ASSERT_TRUE(WritePrivateProfileString("Gone", "x", std::nullopt, path));
     EXPECT_EQ(ReadBytes(path), "; top\n[A]\nk=new\nadded=3\n\n[C]\nz=4\n");
-}
-
-TEST_F(ProfileTest, DeletingASectionDeletesEveryCopy) {
-    const auto path = FileWith("[A]\nk=1\n[B]\nk=2\n[a]\nk=3\n");
-    ASSERT_TRUE(WritePrivateProfileString("A", std::nullopt, std::nullopt, path));
-    EXPECT_EQ(ReadBytes(path), "[B]\nk=2\n");
 }
 
 TEST_F(ProfileTest, SectionWriteReplacesTheSection) {

@@ -60,9 +60,11 @@ TEST_F(SettingsTest, FirstStartCreatesTheFileWithOnlyTheMark) {
     EXPECT_EQ(ReadIni(paths, "Diskolo", "Text1"), "Track");
 }
 
-TEST_F(SettingsTest, SettingsFileThatCannotBeMadeIsReported) {
+TEST_F(SettingsTest, SettingsFileThatCannotBeMadeIsReportedButTheChoiceStays) {
+    const SettingsPaths paths = ComputeSettingsPaths();
+    EXPECT_EQ(AddRecentFolder(paths, {"/a/"}, "/b"), (Lines{"/a/", "/b/"}));
     WriteBytes(appData_, "a file where the folder should be");
-    EXPECT_FALSE(EnsureSettingsFile(ComputeSettingsPaths()));
+    EXPECT_FALSE(EnsureSettingsFile(paths));
 }
 
 TEST_F(SettingsTest, FileNameRulesOfReadIniAndWriteIni) {
@@ -85,10 +87,7 @@ TEST_F(SettingsTest, FileNameRulesOfReadIniAndWriteIni) {
     EXPECT_EQ(ReadIni(paths, "Pfad1", "Languages", "Opt.ini", "", true), "English");
     WriteIni(paths, "S", "suite", "1", "", true);
     EXPECT_EQ(ReadIni(paths, "S", "suite"), "1");
-}
 
-TEST_F(SettingsTest, ReadIniCutsAt1023Characters) {
-    const SettingsPaths paths = StartedPaths();
     WriteIni(paths, "S", "long", std::string(3000, 'w'));
     EXPECT_EQ(ReadIni(paths, "S", "long"), std::string(1023, 'w'));
 }
@@ -116,7 +115,7 @@ TEST_F(SettingsTest, ComboListOrderSurvivesSaveAndLoad) {
     EXPECT_EQ(ReadIniSection(paths.SettingsFile, "ComboBox1").size(), 3u);
 }
 
-TEST_F(SettingsTest, ThirteenthFolderDropsTheOldest) {
+TEST_F(SettingsTest, RecentFoldersKeepTwelveAndIgnoreCase) {
     const SettingsPaths paths = StartedPaths();
     Lines list;
     for (int i = 1; i <= 13; ++i) {
@@ -128,11 +127,9 @@ TEST_F(SettingsTest, ThirteenthFolderDropsTheOldest) {
     Lines reloaded;
     LoadComboFromSection(paths, reloaded, "ComboBox1");
     EXPECT_EQ(reloaded, list);
-}
 
-TEST_F(SettingsTest, FolderDifferingOnlyInCaseIsNotAdded) {
-    const SettingsPaths paths = StartedPaths();
-    Lines list = AddRecentFolder(paths, {}, "/home/u/M\xC3\xBCsik/\xC3\x84rzte");
+    // A folder differing only in case (also beyond ASCII) is not added again.
+    list = AddRecentFolder(paths, {}, "/home/u/M\xC3\xBCsik/\xC3\x84rzte");
     list = AddRecentFolder(paths, list, "/HOME/U/M\xC3\x9CSIK/\xC3\xA4RZTE/");
     list = AddRecentFolder(paths, list, "/home/u/M\xC3\xBCsik/\xC3\x84rzte/");
     EXPECT_EQ(list, (Lines{"/home/u/M\xC3\xBCsik/\xC3\x84rzte/"}));
@@ -142,12 +139,6 @@ TEST_F(SettingsTest, FolderDifferingOnlyInCaseIsNotAdded) {
     EXPECT_FALSE(ComboContains({"/stra\xC3\x9F"
                                 "e/"},
                                "/STRASSE/"));  // ß stays ß
-}
-
-TEST_F(SettingsTest, UnwritableSettingsStillShowTheChoice) {
-    const SettingsPaths paths = ComputeSettingsPaths();  // the folder is never made
-    const Lines list = AddRecentFolder(paths, {"/a/"}, "/b");
-    EXPECT_EQ(list, (Lines{"/a/", "/b/"}));
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QPushButton>
+#include <functional>
 
 #include "KeyState.h"
 #include "TrackListView.h"
@@ -53,36 +54,30 @@ class Person : public WindowTest {
 
 }  // namespace
 
-TEST_F(Person, F9ClosesTheIdleWindow) {
+TEST_F(Person, F9ClosesTheIdleWindowOnRelease) {
+    PressKey(window->Text1, Qt::Key_F9);
+    ReleaseKey(window->Text1, Qt::Key_F8);
+    EXPECT_TRUE(window->isVisible());
     ReleaseKey(window->Text1, Qt::Key_F9);
     EXPECT_FALSE(window->isVisible());
     EXPECT_EQ(ReadSettingsValue(SettingsFile(), "Diskolo", "Text1"), "Track");
 }
 
-TEST_F(Person, F9PressedAloneDoesNothing) {
-    PressKey(window->Text1, Qt::Key_F9);
-    ReleaseKey(window->Text1, Qt::Key_F8);
-    EXPECT_TRUE(window->isVisible());
-}
-
-TEST_F(Person, F9AndAbbrechenStopTheRunningJob) {
-    window->isBusy = true;
-    ReleaseKey(window->ExplorerListView1, Qt::Key_F9);
-    EXPECT_TRUE(window->Abbort);
-    EXPECT_TRUE(window->isVisible());
-    window->Abbort = false;
-    window->Command2->click();
-    EXPECT_TRUE(window->Abbort);
-    EXPECT_TRUE(window->isVisible());
-}
-
-TEST_F(Person, CloseDuringAJobStopsItAndTheSecondCloseEnds) {
-    window->isBusy = true;
-    EXPECT_FALSE(window->close());
-    EXPECT_TRUE(window->isVisible());
-    EXPECT_TRUE(window->Abbort);
+TEST_F(Person, F9AbbrechenAndCloseStopTheRunningJob) {
+    const std::function<void()> stops[] = {
+        [&] { ReleaseKey(window->ExplorerListView1, Qt::Key_F9); },
+        [&] { window->Command2->click(); },
+        [&] { EXPECT_FALSE(window->close()); },
+    };
+    for (const auto& stop : stops) {
+        window->isBusy = true;
+        window->Abbort = false;
+        stop();
+        EXPECT_TRUE(window->Abbort);
+        EXPECT_TRUE(window->isVisible());
+    }
+    // The refused close ended the job and saved nothing; the second close ends the program.
     EXPECT_FALSE(window->isBusy);
-    // Nothing was saved by the refused close.
     EXPECT_EQ(ReadSettingsValue(SettingsFile(), "Diskolo", "Unload"), "<fehlt>");
     EXPECT_TRUE(window->close());
     EXPECT_EQ(ReadSettingsValue(SettingsFile(), "Diskolo", "Unload"), "0");
@@ -98,23 +93,23 @@ TEST_F(Person, EscapeIsSeenByTheJobsWhileHeld) {
 }
 
 TEST_F(Person, ChosenTargetFolderBecomesTheTextAndARecentFolder) {
-    dialogs.answers.push_back({QString::fromStdString((root / "Musik").string())});
-    window->cmdOpen->click();
-    ASSERT_EQ(dialogs.requests.size(), 1u);
-    EXPECT_EQ(dialogs.requests[0].kind, DialogKind::Folder);
-    EXPECT_EQ(dialogs.requests[0].title,
-              QStringLiteral("Ziel-Ordner auswählen, in dem gespeichert werden sollen"));
-    const QString expected = QString::fromStdString((root / "Musik").string() + "/");
-    EXPECT_EQ(window->ComboBox1->currentText(), expected);
-    const auto saved = shell::ReadIniSection(SettingsFile().string(), "ComboBox1");
-    ASSERT_EQ(saved.size(), 1u);
-    EXPECT_EQ(QString::fromStdString(saved[0]), expected);
-}
-
-TEST_F(Person, CancelledFolderDialogChangesNothing) {
-    window->cmdOpen->click();
+    window->cmdOpen->click();  // cancelled: nothing changes
     EXPECT_TRUE(window->ComboBox1->currentText().isEmpty());
     EXPECT_EQ(window->ComboBox1->count(), 0);
+
+    const QString folder = QString::fromStdString((root / "Musik").string());
+    dialogs.answers.push_back({folder});
+    window->cmdOpen->click();
+    ASSERT_EQ(dialogs.requests.size(), 2u);
+    EXPECT_EQ(dialogs.requests[1].kind, DialogKind::Folder);
+    EXPECT_EQ(dialogs.requests[1].title,
+              QStringLiteral("Ziel-Ordner auswählen, in dem gespeichert werden sollen"));
+    EXPECT_EQ(window->ComboBox1->currentText(), folder + "/");
+    dialogs.answers.push_back({folder.toUpper()});  // differs only in case: not added again
+    window->cmdOpen->click();
+    EXPECT_EQ(window->ComboBox1->count(), 1);
+    EXPECT_EQ(shell::ReadIniSection(SettingsFile().string(), "ComboBox1"),
+              std::vector<std::string>{folder.toStdString() + "/"});
 }
 
 TEST_F(Person, ThirteenFoldersKeepTheTwelveNewest) {
@@ -123,15 +118,12 @@ TEST_F(Person, ThirteenFoldersKeepTheTwelveNewest) {
             {QString::fromStdString((root / ("Ordner" + std::to_string(i))).string())});
         window->cmdOpen->click();
     }
-    const auto saved = shell::ReadIniSection(SettingsFile().string(), "ComboBox1");
-    ASSERT_EQ(saved.size(), 12u);
-    QStringList entries;
-    for (int i = 0; i < window->ComboBox1->count(); ++i)
-        entries << window->ComboBox1->itemText(i);
-    EXPECT_EQ(entries.size(), 12);
+    EXPECT_EQ(shell::ReadIniSection(SettingsFile().string(), "ComboBox1").size(), 12u);
     const QString oldest = QString::fromStdString((root / "Ordner1").string() + "/");
-    EXPECT_FALSE(entries.contains(oldest));
-    EXPECT_TRUE(entries.contains(QString::fromStdString((root / "Ordner13").string() + "/")));
+    const QString newest = QString::fromStdString((root / "Ordner13").string() + "/");
+    EXPECT_EQ(window->ComboBox1->count(), 12);
+    EXPECT_EQ(window->ComboBox1->findText(oldest), -1);
+    EXPECT_NE(window->ComboBox1->findText(newest), -1);
     // The next start offers the same folders.
     window->close();
     startup.reset();
@@ -141,47 +133,37 @@ TEST_F(Person, ThirteenFoldersKeepTheTwelveNewest) {
     EXPECT_EQ(again->ComboBox1->findText(oldest), -1);
 }
 
-TEST_F(Person, FolderDifferingOnlyInCaseIsNotAddedTwice) {
-    const std::string folder = (root / "Musik").string();
-    dialogs.answers.push_back({QString::fromStdString(folder)});
-    dialogs.answers.push_back({QString::fromStdString(folder).toUpper()});
-    window->cmdOpen->click();
-    window->cmdOpen->click();
-    EXPECT_EQ(window->ComboBox1->count(), 1);
-}
-
 TEST_F(Person, SelectionCommandsCheckTheRowsTheyName) {
-    const int rows = window->ExplorerListView1->topLevelItemCount();
-    ASSERT_EQ(rows, 4);
-    Choose(0);  // Alles
-    EXPECT_EQ(Checked(), std::vector<bool>({true, true, true, true}));
-    Choose(1);  // Nichts
-    EXPECT_EQ(Checked(), std::vector<bool>({false, false, false, false}));
-    Choose(3);  // Gerade Tracks
-    EXPECT_EQ(Checked(), std::vector<bool>({false, true, false, true}));
-    Choose(2);  // Auswahl umkehren
-    EXPECT_EQ(Checked(), std::vector<bool>({true, false, true, false}));
-    Choose(1);
-    Choose(4);  // Ungerade Tracks
-    EXPECT_EQ(Checked(), std::vector<bool>({true, false, true, false}));
-}
-
-TEST_F(Person, MarkedRowBoundsTheBelowAndAboveCommands) {
-    Choose(1);
-    window->ExplorerListView1->setCurrentItem(window->ExplorerListView1->topLevelItem(2));
-    Choose(5);  // Unterhalb der Markierung
-    EXPECT_EQ(Checked(), std::vector<bool>({false, false, true, true}));
-    Choose(1);
-    window->ExplorerListView1->setCurrentItem(window->ExplorerListView1->topLevelItem(1));
-    Choose(6);  // Oberhalb der Markierung
-    EXPECT_EQ(Checked(), std::vector<bool>({true, true, false, false}));
-}
-
-TEST_F(Person, AlleSelektiertenChecksTheSelectedRowsOnly) {
-    Choose(1);
-    window->ExplorerListView1->clearSelection();
-    window->ExplorerListView1->topLevelItem(0)->setSelected(true);
-    window->ExplorerListView1->topLevelItem(3)->setSelected(true);
-    Choose(7);
-    EXPECT_EQ(Checked(), std::vector<bool>({true, false, false, true}));
+    ASSERT_EQ(window->ExplorerListView1->topLevelItemCount(), 4);
+    using Rows = std::vector<bool>;
+    const struct {
+        int command;
+        int marked;  // the current row, -1 for none
+        std::vector<int> selected;
+        bool fromNothing;  // "Nichts" first
+        Rows checked;
+    } cases[] = {
+        {0, -1, {}, true, {true, true, true, true}},        // Alles
+        {1, -1, {}, false, {false, false, false, false}},   // Nichts
+        {3, -1, {}, true, {false, true, false, true}},      // Gerade Tracks
+        {2, -1, {}, false, {true, false, true, false}},     // Auswahl umkehren
+        {4, -1, {}, true, {true, false, true, false}},      // Ungerade Tracks
+        {5, 2, {}, true, {false, false, true, true}},       // Unterhalb der Markierung
+        {6, 1, {}, true, {true, true, false, false}},       // Oberhalb der Markierung
+        {7, -1, {0, 3}, true, {true, false, false, true}},  // Alle Selektierten
+    };
+    auto* list = window->ExplorerListView1;
+    for (const auto& c : cases) {
+        if (c.fromNothing)
+            Choose(1);
+        if (c.marked >= 0)
+            list->setCurrentItem(list->topLevelItem(c.marked));
+        if (!c.selected.empty()) {
+            list->clearSelection();
+            for (int row : c.selected)
+                list->topLevelItem(row)->setSelected(true);
+        }
+        Choose(c.command);
+        EXPECT_EQ(Checked(), c.checked) << "command " << c.command;
+    }
 }

@@ -52,28 +52,40 @@ TEST_F(Translated, CaptionsColumnsTabsAndCommandsAreTranslated) {
                   "Nach Abschluss Dialog beenden=Quit when done\n"
                   "Starten=Start\n"
                   "Volumenname=Volume\n"
-                  "Bitte Zielpfad auswählen --->=Choose a target --->\n");
+                  "Bitte Zielpfad auswählen --->=Choose a target --->\n"
+                  "Keine Disk im Laufwerk=No disc\n");
     ChooseLanguage("Test");
     frmMain* window = StartAndFill();
     ASSERT_NE(window, nullptr);
     EXPECT_EQ(window->Language().LanguageName(), "Test");
-    EXPECT_EQ(window->windowTitle(), QStringLiteral("Plattmix T"));
-    EXPECT_EQ(window->ExplorerListView1->headerItem()->text(0), QStringLiteral("Nr."));
-    EXPECT_EQ(window->ExplorerListView1->headerItem()->text(1), QStringLiteral("Dauer"));
-    EXPECT_EQ(window->ExplorerListView1->headerItem()->text(5), QStringLiteral("Result"));
-    EXPECT_EQ(window->TabStrip1->tabText(2), QStringLiteral("   Burn  "));
-    EXPECT_EQ(window->TabStrip1->tabText(0), QStringLiteral("CD/DVD Rippen      "));
-    EXPECT_EQ(window->Command2->text(), QStringLiteral("Cancel"));
-    EXPECT_EQ(window->Label1->text(), QStringLiteral("Target"));
-    EXPECT_EQ(window->ComboBox2->itemText(0), QStringLiteral("All"));
-    EXPECT_EQ(window->ComboBox2->itemText(1), QStringLiteral("Nichts"));
-    EXPECT_EQ(window->Check1->text(), QStringLiteral("Quit when done"));
-    EXPECT_EQ(window->mnuSave->text(), QStringLiteral("Start"));
-    EXPECT_EQ(window->Text3->text(), QStringLiteral("Volume"));
-    EXPECT_EQ(window->ComboBox1->lineEdit()->placeholderText(),
-              QStringLiteral("Choose a target --->"));
-    // Message boxes keep their German texts whatever the language.
-    EXPECT_EQ(window->Command4->text(), QStringLiteral("Disk auswerfen"));
+    const std::pair<QString, const char*> shown[] = {
+        {window->windowTitle(), "Plattmix T"},
+        {window->ExplorerListView1->headerItem()->text(0), "Nr."},
+        {window->ExplorerListView1->headerItem()->text(1), "Dauer"},  // no entry: German
+        {window->ExplorerListView1->headerItem()->text(5), "Result"},
+        {window->TabStrip1->tabText(2), "   Burn  "},  // found with its blanks
+        {window->TabStrip1->tabText(0), "CD/DVD Rippen      "},
+        {window->Command2->text(), "Cancel"},
+        {window->Label1->text(), "Target"},
+        {window->ComboBox2->itemText(0), "All"},
+        {window->ComboBox2->itemText(1), "Nichts"},
+        {window->Check1->text(), "Quit when done"},
+        {window->mnuSave->text(), "Start"},
+        {window->Text3->text(), "Volume"},
+        {window->ComboBox1->lineEdit()->placeholderText(), "Choose a target --->"},
+        {window->Command4->text(), "Disk auswerfen"},
+    };
+    for (const auto& [text, expected] : shown)
+        EXPECT_EQ(text, QString::fromUtf8(expected));
+
+    // The text of an empty list is looked up too.
+    auto* drives = dynamic_cast<scsi::imagedrive::clsImageDrive*>(window->Transport());
+    ASSERT_NE(drives, nullptr);
+    int16_t first = 1;
+    ASSERT_TRUE(drives->RemoveMedium(drives->DriveHandle(first)));
+    window->cboDrv_Click();
+    EXPECT_EQ(window->ExplorerListView1->topLevelItemCount(), 0);
+    EXPECT_EQ(window->ExplorerListView1->EmptyListText(), QStringLiteral("No disc"));
 }
 
 TEST_F(Translated, EnglishFileOfTheProgramTranslatesTheTabs) {
@@ -85,11 +97,9 @@ TEST_F(Translated, EnglishFileOfTheProgramTranslatesTheTabs) {
     frmMain* window = StartAndFill();
     ASSERT_NE(window, nullptr);
     EXPECT_EQ(window->Command2->text(), QStringLiteral("Cancel"));
-    for (int i = 0; i < 3; ++i)
-        EXPECT_NE(window->TabStrip1->tabText(i).trimmed().toStdString(),
-                  std::string(i == 0   ? "CD/DVD Rippen"
-                              : i == 1 ? "ISO Image erstellen"
-                                       : "CD Brennen"));
+    EXPECT_EQ(window->TabStrip1->tabText(0), QStringLiteral("Rip CD/DVD      "));
+    EXPECT_EQ(window->TabStrip1->tabText(1), QStringLiteral("    Create ISO image  "));
+    EXPECT_EQ(window->TabStrip1->tabText(2), QStringLiteral("    Burn CD  "));
 }
 
 TEST_F(Translated, MissingLanguageFileGivesTheGermanInterface) {
@@ -98,20 +108,5 @@ TEST_F(Translated, MissingLanguageFileGivesTheGermanInterface) {
     ASSERT_NE(window, nullptr);
     EXPECT_EQ(window->Language().LanguageName(), "default");
     EXPECT_EQ(window->Command2->text(), QStringLiteral("Abbrechen"));
-    EXPECT_EQ(window->ComboBox2->count(), 8);
     EXPECT_EQ(window->ComboBox2->itemText(7), QStringLiteral("Alle Selektierten"));
-}
-
-TEST_F(Translated, EmptyListTextIsLookedUpToo) {
-    WriteLanguage("Test", "Keine Disk im Laufwerk=No disc\n");
-    ChooseLanguage("Test");
-    frmMain* window = StartAndFill();
-    ASSERT_NE(window, nullptr);
-    auto* drives = dynamic_cast<scsi::imagedrive::clsImageDrive*>(window->Transport());
-    ASSERT_NE(drives, nullptr);
-    int16_t first = 1;
-    ASSERT_TRUE(drives->RemoveMedium(drives->DriveHandle(first)));
-    window->cboDrv_Click();
-    EXPECT_EQ(window->ExplorerListView1->topLevelItemCount(), 0);
-    EXPECT_EQ(window->ExplorerListView1->EmptyListText(), QStringLiteral("No disc"));
 }

@@ -8,43 +8,28 @@
 using namespace plattmix::window;
 
 TEST(TabSize, FollowsTheScreensTwipsPerPixel) {
-    EXPECT_EQ(TabSizeForTwipsPerPixel(15), 0);  // the usual 96-DPI screen
-    EXPECT_EQ(TabSizeForTwipsPerPixel(14.4), 30);
-    EXPECT_EQ(TabSizeForTwipsPerPixel(16), 30);
-    EXPECT_EQ(TabSizeForTwipsPerPixel(6), 50);
-    EXPECT_EQ(TabSizeForTwipsPerPixel(3), 50);
-    EXPECT_EQ(TabSizeForTwipsPerPixel(6.5), 45);
-    EXPECT_EQ(TabSizeForTwipsPerPixel(7), 40);
-    EXPECT_EQ(TabSizeForTwipsPerPixel(8), 38);
-    EXPECT_EQ(TabSizeForTwipsPerPixel(9.99), 35);
-    EXPECT_EQ(TabSizeForTwipsPerPixel(10), 32);
-    EXPECT_EQ(TabSizeForTwipsPerPixel(12), 30);
-}
-
-TEST(TabSize, TwipsPerPixelFromTheLogicalDpi) {
+    const std::pair<double, int> sizes[] = {
+        {15, 0},  // the usual 96-DPI screen
+        {14.4, 30}, {16, 30}, {6, 50},    {3, 50},  {6.5, 45},
+        {7, 40},    {8, 38},  {9.99, 35}, {10, 32}, {12, 30},
+    };
+    for (const auto& [twips, size] : sizes)
+        EXPECT_EQ(TabSizeForTwipsPerPixel(twips), size) << twips;
     EXPECT_DOUBLE_EQ(TwipsPerPixel(96), 15);
     EXPECT_DOUBLE_EQ(TwipsPerPixel(144), 10);
     EXPECT_DOUBLE_EQ(TwipsPerPixel(0), 15);
 }
 
-namespace {
-const char* const kMountInfo =
-    "22 1 8:1 / / rw,relatime shared:1 - ext4 /dev/sda1 rw\n"
-    "40 22 11:0 / /media/ich/MEINE\\040CD ro,nosuid shared:20 - iso9660 /dev/sr0 ro\n"
-    "41 22 11:1 / /mnt/zwei ro - udf /dev/sr1 ro\n";
-}
-
-TEST(MountPoint, DiscFileSystemIsFoundByItsNode) {
-    EXPECT_EQ(MountPointFromMountInfo(kMountInfo, "/dev/sr0", ""), "/media/ich/MEINE CD/");
-    EXPECT_EQ(MountPointFromMountInfo(kMountInfo, "/dev/sr1", ""), "/mnt/zwei/");
-}
-
-TEST(MountPoint, DeviceNumberFindsAMountUnderAnotherName) {
-    EXPECT_EQ(MountPointFromMountInfo(kMountInfo, "/dev/cdrom", "11:1"), "/mnt/zwei/");
-}
-
-TEST(MountPoint, UnmountedDiscHasNoRoot) {
-    EXPECT_EQ(MountPointFromMountInfo(kMountInfo, "/dev/sr2", "11:2"), "");
+TEST(MountPoint, DiscFileSystemIsFoundByItsNodeOrDeviceNumber) {
+    const char* const mountInfo =
+        "22 1 8:1 / / rw,relatime shared:1 - ext4 /dev/sda1 rw\n"
+        "40 22 11:0 / /media/ich/MEINE\\040CD ro,nosuid shared:20 - iso9660 /dev/sr0 ro\n"
+        "41 22 11:1 / /mnt/zwei ro - udf /dev/sr1 ro\n";
+    EXPECT_EQ(MountPointFromMountInfo(mountInfo, "/dev/sr0", ""), "/media/ich/MEINE CD/");
+    EXPECT_EQ(MountPointFromMountInfo(mountInfo, "/dev/sr1", ""), "/mnt/zwei/");
+    EXPECT_EQ(MountPointFromMountInfo(mountInfo, "/dev/cdrom", "11:1"), "/mnt/zwei/");
+    // Unmounted, unreadable, or an image: no root.
+    EXPECT_EQ(MountPointFromMountInfo(mountInfo, "/dev/sr2", "11:2"), "");
     EXPECT_EQ(MountPointFromMountInfo("kaputt\n\n", "/dev/sr0", ""), "");
     EXPECT_EQ(DriveRootOf("/tmp/demo.cue"), "");
 }
