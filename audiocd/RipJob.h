@@ -1,0 +1,51 @@
+// The ripping page's Start command after its checks: every checked row, in order, named and
+// extracted, with "Schreibe..." and "Abbruch" in the rows as it goes.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "ISCSI.h"
+#include "JobHooks.h"
+
+namespace plattmix::audiocd {
+
+inline constexpr const char* kTextWriting = "Schreibe...";
+inline constexpr const char* kTextAborted = "Abbruch";
+inline constexpr int kWavFormatIndex = 6;
+
+struct RipRow {
+    int trackNumber = 0;  // as the table of contents numbers it
+    bool checked = false;
+};
+
+struct RipJobParams {
+    std::string handle;         // the drive
+    std::string targetFolder;   // ends in "/", exists
+    std::string namePrefix;     // "Track" when the user gave none
+    bool runningNumber = true;  // "Laufende Nummer"; else the track number
+    bool numberFirst = false;   // number before the prefix
+    int formatIndex = kWavFormatIndex;
+    std::vector<RipRow> rows;  // every row of the list, in list order
+};
+
+struct RipJobResult {
+    bool aborted = false;
+    int filesStarted = 0;  // the running number reached
+};
+
+// Row texts for the "Ergebnis" column go through rowText(rowPosition, text). Formats other
+// than WAV go through encode(wavImage, pathWithoutExtension, fileName), which answers the row's
+// text; without one they report "XXX Fehler!".
+using RowTextFn = std::function<void(size_t row, const std::string& text)>;
+using EncodeFn = std::function<std::string(
+    const std::vector<uint8_t>& wav, const std::string& basePath, const std::string& fileName)>;
+
+RipJobResult RunRipJob(scsi::ISCSI& transport, const RipJobParams& params, const JobHooks& hooks,
+                       const RowTextFn& rowText, const EncodeFn& encode = {});
+
+// "01" from 1: at least two digits.
+std::string NumberText(int number);
+
+}  // namespace plattmix::audiocd

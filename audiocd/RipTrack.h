@@ -1,0 +1,35 @@
+// Extracting one audio track: READ CD in 27-sector blocks behind the WAV header, to a file or
+// into memory for the encoder.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ISCSI.h"
+#include "JobHooks.h"
+
+namespace plattmix::audiocd {
+
+inline constexpr const char* kTextTocFailed = "Konnte TOC Format 0 nicht lesen.";
+inline constexpr const char* kTextTrackFailed = "XXX Fehler!";
+inline constexpr const char* kTextDone = " -->Fertig";
+
+// "Lesefehler in Range a - b."
+std::string ReadErrorText(int32_t from, int32_t to);
+
+// Writes the track to filePath (".wav" included), opened without truncation. Answers the text
+// for the row's "Ergebnis" column (fileName + ".wav -->Fertig" or "XXX Fehler!"), or nothing
+// when the column stays as it is (the TOC or a full block could not be read: the user was
+// warned through the hooks).
+std::optional<std::string> RipTrackWav(scsi::ISCSI& transport, std::string handle, int16_t track,
+                                       const std::string& filePath, const std::string& fileName,
+                                       const JobHooks& hooks);
+
+// The same reading into memory: header and audio as one WAV image for the encoder. Nothing
+// when reading failed (the user was warned).
+std::optional<std::vector<uint8_t>> RipTrackToMemory(scsi::ISCSI& transport, std::string handle,
+                                                     int16_t track, const JobHooks& hooks);
+
+}  // namespace plattmix::audiocd
