@@ -3,9 +3,11 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cmath>
+#include <cstddef>
 #include <functional>
 #include <span>
 #include <system_error>
@@ -195,12 +197,14 @@ std::optional<std::vector<uint8_t>> RipTrackToMemory(scsi::ISCSI& transport, std
     std::vector<uint8_t> image;
     if (bounds->audioBytes > 0)
         image.reserve(kWavHeaderSize + static_cast<size_t>(bounds->audioBytes));
-    image.insert(image.end(), header->begin(), header->end());
-    const ReadEnd end = ReadTrackBlocks(transport, handle, *bounds, hooks,
-                                        [&image](std::span<const uint8_t> block) {
-                                            image.insert(image.end(), block.begin(), block.end());
-                                            return true;
-                                        });
+    const auto append = [&image](std::span<const uint8_t> bytes) {
+        const size_t at = image.size();
+        image.resize(at + bytes.size());
+        std::copy(bytes.begin(), bytes.end(), image.begin() + static_cast<std::ptrdiff_t>(at));
+        return true;
+    };
+    append(*header);
+    const ReadEnd end = ReadTrackBlocks(transport, handle, *bounds, hooks, append);
     if (end.outcome != ReadOutcome::Complete) {
         hooks.Warn(ReadErrorText(end.from, end.to));
         return std::nullopt;

@@ -124,6 +124,10 @@ struct RipCase {
     int64_t sectorsLeftOff;  // from the track's span: 1, or 151 for the disc's last track
 };
 
+void PrintTo(const RipCase& c, std::ostream* os) {
+    *os << c.what;
+}
+
 class RipsTheImage : public ::testing::TestWithParam<RipCase> {};
 
 }  // namespace
