@@ -1,0 +1,189 @@
+// Ripping a whole 74-minute disc through the disc-image drive into WAV files, the way the
+// ripping page's Start command does it: once at an emulated 48x, where the drive sets the pace
+// and the ripper must keep up with it, and once with no speed limit, where the ripper's own
+// cost shows.
+//
+// Counters: vs_48x is the wall time over the pure reading time of the disc at 48x
+// (74 * 60 / 48 s); 1.0 is the limit. BM_ReadOnlyAt48x sends the same requests without
+// writing anything, so the difference between the two is what the ripper itself adds.
+// cd_speed is the audio ripped per wall-clock second as a multiple of single-speed CD.
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "DiscWriter.h"
+#include "Fixtures.h"
+#include "RipJob.h"
+#include "RipTrack.h"
+#include "TrackBounds.h"
+#include "imagedrive/clsImageDrive.h"
+#include "modMMC.h"
+
+namespace {
+
+using namespace plattmix;
+namespace fs = std::filesystem;
+using Clock = std::chrono::steady_clock;
+
+constexpr int kDiscMinutes = 74;
+constexpr int kEmulatedSpeed = 48;
+constexpr double kSectorsPerSecond = 75.0;
+
+fs::path BenchFolder() {
+    const char* base = std::getenv("PLATTMIX_BENCH_TMP");
+    return (base != nullptr ? fs::path(base) : fs::temp_directory_path() / "plattmix-bench") /
+           "rip";
+}
+
+// The disc is written once per run and removed by main at the end.
+const discgen::DiscDescription& Disc() {
+    static const std::optional<discgen::DiscDescription> disc = [] {
+        auto written = discgen::WriteDisc(discgen::Large(kDiscMinutes), BenchFolder() / "disc");
+        if (!written.ok())
+            std::fprintf(stderr, "Testplatte nicht geschrieben: %s\n", written.error.c_str());
+        return written.value;
+    }();
+    if (!disc)
+        std::abort();
+    return *disc;
+}
+
+double AudioSeconds(const discgen::DiscDescription& disc) {
+    double sectors = 0;
+    for (const auto& track : disc.tracks)
+        sectors += track.lengthSectors;
+    return sectors / kSectorsPerSecond;
+}
+
+// Every track to WAV in a fresh folder; seconds taken. Any row not done aborts the program.
+double RipWholeDisc(int speed) {
+    const auto& disc = Disc();
+    scsi::imagedrive::clsImageDrive drive;
+    const auto handle = drive.AddDrive(disc.cuePath.string());
+    if (!handle.ok())
+        std::abort();
+    drive.SetReadSpeed(handle.Value(), speed);
+    const fs::path target = BenchFolder() / "wav";
+    fs::remove_all(target);
+    fs::create_directories(target);
+
+    audiocd::RipJobParams params;
+    params.handle = handle.Value();
+    params.targetFolder = target.string() + "/";
+    params.namePrefix = "Track";
+    for (const auto& track : disc.tracks)
+        params.rows.push_back({track.number, true});
+    size_t done = 0;
+    const auto rowText = [&done](size_t, const std::string& text) {
+        if (text.ends_with(audiocd::kTextDone))
+            ++done;
+    };
+
+    const auto start = Clock::now();
+    audiocd::RunRipJob(drive, params, {}, rowText);
+    const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
+    fs::remove_all(target);
+    if (done != disc.tracks.size())
+        std::abort();
+    return seconds;
+}
+
+// The drive alone: the same READ CD requests the ripper sends, nothing written. This is the
+// floor the ripper at that speed is measured against.
+double ReadWholeDisc(int speed) {
+    const auto& disc = Disc();
+    scsi::imagedrive::clsImageDrive drive;
+    const auto handle = drive.AddDrive(disc.cuePath.string());
+    if (!handle.ok())
+        std::abort();
+    drive.SetReadSpeed(handle.Value(), speed);
+    std::string name = handle.Value();
+    std::vector<uint8_t> buffer(static_cast<size_t>(audiocd::kRipBlockSectors) * 2352);
+    const auto start = Clock::now();
+    for (const auto& track : disc.tracks) {
+        // As far as the ripper goes: one sector short, the last track 150 more.
+        const bool last = track.number == disc.tracks.back().number;
+        const int32_t end =
+            track.startLba + track.lengthSectors - 1 - (last ? audiocd::kLastTrackTrimSectors : 0);
+        for (int32_t lba = track.startLba; lba < end; lba += audiocd::kRipBlockSectors) {
+            const int32_t blocks = std::min(audiocd::kRipBlockSectors, end - lba);
+            if (modMMC::ReadCD(drive, name, static_cast<uint32_t>(lba),
+                               static_cast<uint32_t>(blocks), buffer,
+                               audiocd::kReadCdAllFields) != 0)
+                std::abort();
+            benchmark::DoNotOptimize(buffer.data());
+        }
+    }
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+void Report(benchmark::State& state, double seconds, int iterations) {
+    const double audio = AudioSeconds(Disc()) * iterations;
+    state.counters["cd_speed"] = audio / seconds;
+    state.counters["audio_MBps"] = audio * 176400.0 / seconds / 1e6;
+}
+
+void BM_RipDiscAt48x(benchmark::State& state) {
+    Disc();
+    double seconds = 0;
+    int iterations = 0;
+    for (auto _ : state) {
+        const double taken = RipWholeDisc(kEmulatedSpeed);
+        state.SetIterationTime(taken);
+        seconds += taken;
+        ++iterations;
+    }
+    const double readTime = kDiscMinutes * 60.0 / kEmulatedSpeed;
+    state.counters["vs_48x"] = seconds / iterations / readTime;
+    Report(state, seconds, iterations);
+}
+BENCHMARK(BM_RipDiscAt48x)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
+
+void BM_ReadOnlyAt48x(benchmark::State& state) {
+    Disc();
+    double seconds = 0;
+    int iterations = 0;
+    for (auto _ : state) {
+        const double taken = ReadWholeDisc(kEmulatedSpeed);
+        state.SetIterationTime(taken);
+        seconds += taken;
+        ++iterations;
+    }
+    state.counters["vs_48x"] = seconds / iterations / (kDiscMinutes * 60.0 / kEmulatedSpeed);
+    Report(state, seconds, iterations);
+}
+BENCHMARK(BM_ReadOnlyAt48x)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
+
+void BM_RipDiscUnlimited(benchmark::State& state) {
+    Disc();
+    double seconds = 0;
+    int iterations = 0;
+    for (auto _ : state) {
+        const double taken = RipWholeDisc(0);
+        state.SetIterationTime(taken);
+        seconds += taken;
+        ++iterations;
+    }
+    Report(state, seconds, iterations);
+}
+BENCHMARK(BM_RipDiscUnlimited)->Iterations(3)->UseManualTime()->Unit(benchmark::kSecond);
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 1;
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    std::error_code ignored;
+    fs::remove_all(BenchFolder(), ignored);  // the disc is about 780 MB
+    return 0;
+}
