@@ -6,6 +6,7 @@
 #include "DriveChoice.h"
 #include "DriveList.h"
 #include "ImageList.h"
+#include "RipCommand.h"
 #include "TrackList.h"
 
 namespace plattmix::cli {
@@ -63,7 +64,8 @@ int Toc(DriveChoice& choice, std::ostream& out, std::ostream& err) {
 }  // namespace
 
 ParseResult ParseCommandLine(const std::vector<std::string>& words) {
-    return ParseCliArgs(words, {"--drive"}, {"--demo"});
+    return ParseCliArgs(words, {"--drive", "--tracks", "--format", "--out", "--prefix", "--number"},
+                        {"--demo", "--number-first"});
 }
 
 void PrintUsage(std::ostream& out) {
@@ -72,6 +74,9 @@ void PrintUsage(std::ostream& out) {
            "Befehle:\n"
            "  drives [--drive LAUFWERK]   Laufwerksliste anzeigen\n"
            "  toc [--drive LAUFWERK]      Trackliste der Disk anzeigen\n"
+           "  rip [--drive LAUFWERK] --out ORDNER [--tracks 1,3-5] [--format wav]\n"
+           "      [--prefix NAME] [--number running|track] [--number-first]\n"
+           "                              Tracks rippen (Positionen wie in der Trackliste)\n"
            "  image list | add PFAD | add --demo | remove PFAD\n"
            "                              Disk-Images, die das Fenster ohne Laufwerk anbietet\n"
            "\n"
@@ -79,13 +84,15 @@ void PrintUsage(std::ostream& out) {
            "Ohne --drive: die optischen Laufwerke des Rechners, sonst die eingebaute Demo-Disk.\n";
 }
 
-int RunCommand(const CliArgs& args, std::ostream& out, std::ostream& err) {
+int RunCommand(const CliArgs& args, std::ostream& out, std::ostream& err, bool terminal) {
     if (args.command == "help" || args.command == "--help") {
         PrintUsage(out);
         return kExitDone;
     }
     if (args.command == "image")
         return RunImageCommand(args, out, err);
+    if (args.command == "rip")
+        return RunRipCommand(args, out, err, terminal);
     if (args.command != "drives" && args.command != "toc") {
         err << "Unbekannter Befehl: " << args.command << '\n';
         PrintUsage(err);

@@ -16,7 +16,8 @@ inline constexpr int kExitUsage = 2;
 // The words after the program's name, with the options every command knows.
 ParseResult ParseCommandLine(const std::vector<std::string>& words);
 
-int RunCommand(const CliArgs& args, std::ostream& out, std::ostream& err);
+// terminal: the output is a terminal (progress bars) rather than a pipe or a file.
+int RunCommand(const CliArgs& args, std::ostream& out, std::ostream& err, bool terminal = false);
 
 // The usage text, printed for bad usage and for "help".
 void PrintUsage(std::ostream& out);

@@ -1,4 +1,6 @@
 // plattmix-cli: the command-line front end over the same code as the window.
+#include <unistd.h>
+
 #include <iostream>
 #include <string>
 #include <vector>
@@ -14,5 +16,5 @@ int main(int argc, char** argv) {
         PrintUsage(std::cerr);
         return kExitUsage;
     }
-    return RunCommand(*parsed.args, std::cout, std::cerr);
+    return RunCommand(*parsed.args, std::cout, std::cerr, ::isatty(STDOUT_FILENO) == 1);
 }

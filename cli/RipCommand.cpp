@@ -1,0 +1,182 @@
+#include "RipCommand.h"
+
+#include <algorithm>
+#include <atomic>
+#include <charconv>
+#include <csignal>
+#include <filesystem>
+#include <ostream>
+#include <set>
+
+#include "Commands.h"
+#include "DriveChoice.h"
+#include "OutputFormats.h"
+#include "ProgressBar.h"
+#include "RipJob.h"
+#include "RipTrack.h"
+#include "TrackList.h"
+#include "modPaths.h"
+
+namespace plattmix::cli {
+
+namespace {
+
+// Ctrl-C asks the job to stop after the current track, as "Abbrechen" does in the window.
+std::atomic<bool> interrupted{false};
+extern "C" void OnInterrupt(int) {
+    interrupted = true;
+}
+
+std::optional<std::string> Option(const CliArgs& args, const std::string& name) {
+    const auto it = args.options.find(name);
+    if (it == args.options.end())
+        return std::nullopt;
+    return it->second;
+}
+
+std::optional<int> Number(std::string_view text) {
+    int value = 0;
+    const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (ec != std::errc{} || end != text.data() + text.size())
+        return std::nullopt;
+    return value;
+}
+
+struct RipSettings {
+    audiocd::RipJobParams params;
+    std::optional<std::string> tracks;
+};
+
+// The options into the job's parameters; the usage error's text when they don't fit.
+std::optional<std::string> ReadOptions(const CliArgs& args, RipSettings& settings) {
+    auto& p = settings.params;
+    const std::string format = Option(args, "--format").value_or("wav");
+    const auto index = encode::FormatByCliName(format);
+    if (!index)
+        return "Unbekanntes Format: " + format;
+    if (*index != encode::kWavFormat)
+        return "Das Format " + format + " gibt es noch nicht.";
+    p.formatIndex = *index;
+    const auto out = Option(args, "--out");
+    if (!out || out->empty())
+        return "Zielordner fehlt (--out ORDNER).";
+    p.targetFolder = shell::AddBackslash(*out);
+    p.namePrefix = Option(args, "--prefix").value_or("");
+    if (p.namePrefix.empty())
+        p.namePrefix = "Track";
+    const std::string numbering = Option(args, "--number").value_or("running");
+    if (numbering != "running" && numbering != "track")
+        return "--number: running oder track";
+    p.runningNumber = numbering == "running";
+    p.numberFirst = args.options.contains("--number-first");
+    settings.tracks = Option(args, "--tracks");
+    return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<std::vector<int>> ParseTrackList(const std::string& text, int rowCount) {
+    std::set<int> positions;
+    size_t at = 0;
+    while (at <= text.size()) {
+        const size_t comma = std::min(text.find(',', at), text.size());
+        const std::string_view part(text.data() + at, comma - at);
+        const size_t dash = part.find('-');
+        const auto from = Number(part.substr(0, dash));
+        const auto to = dash == std::string_view::npos ? from : Number(part.substr(dash + 1));
+        if (!from || !to || *from < 1 || *to < *from || *to > rowCount)
+            return std::nullopt;
+        for (int i = *from; i <= *to; ++i)
+            positions.insert(i);
+        at = comma + 1;
+    }
+    return std::vector<int>(positions.begin(), positions.end());
+}
+
+int RunRipCommand(const CliArgs& args, std::ostream& out, std::ostream& err, bool terminal) {
+    if (!args.positional.empty()) {
+        err << "Unerwartetes Argument: " << args.positional.front() << '\n';
+        return kExitUsage;
+    }
+    RipSettings settings;
+    if (const auto usage = ReadOptions(args, settings)) {
+        err << *usage << '\n';
+        return kExitUsage;
+    }
+    auto& p = settings.params;
+    auto chosen = ChooseDrive(Option(args, "--drive"));
+    if (!chosen.choice) {
+        err << chosen.error << '\n';
+        return kExitFailed;
+    }
+    scsi::ISCSI& transport = *chosen.choice->transport;
+    int16_t index = chosen.choice->index == 0 ? int16_t{1} : chosen.choice->index;
+    p.handle = transport.DriveHandle(index);
+
+    const audiocd::TrackList list = audiocd::ReadTrackList(transport, p.handle);
+    if (list.rows.empty()) {
+        err << list.emptyText << '\n';
+        return kExitFailed;
+    }
+    const int rowCount = static_cast<int>(list.rows.size());
+    std::vector<int> wanted;
+    if (settings.tracks) {
+        const auto parsed = ParseTrackList(*settings.tracks, rowCount);
+        if (!parsed) {
+            err << "--tracks: Positionen 1 bis " << rowCount << ", z. B. 1,3-5\n";
+            return kExitUsage;
+        }
+        wanted = *parsed;
+    } else {
+        // Every audio track; data tracks are imaged, not ripped.
+        for (int i = 1; i <= rowCount; ++i) {
+            if (list.rows[static_cast<size_t>(i - 1)].inhalt == audiocd::kTextAudio)
+                wanted.push_back(i);
+        }
+    }
+    for (int position : wanted) {
+        if (list.rows[static_cast<size_t>(position - 1)].inhalt != audiocd::kTextAudio) {
+            err << "Track " << position << " ist ein Datentrack und wird nicht gerippt.\n";
+            return kExitUsage;
+        }
+    }
+    for (int i = 0; i < rowCount; ++i) {
+        const bool checked = std::find(wanted.begin(), wanted.end(), i + 1) != wanted.end();
+        p.rows.push_back(audiocd::RipRow{list.rows[static_cast<size_t>(i)].track, checked});
+    }
+
+    std::error_code ec;
+    std::filesystem::create_directories(p.targetFolder, ec);
+    if (!std::filesystem::is_directory(p.targetFolder, ec)) {
+        err << "Bitte einen gültigen Ziel-Pfad eingeben\n";
+        return kExitFailed;
+    }
+
+    ProgressBar bar(out, terminal);
+    bool failed = false;
+    audiocd::JobHooks hooks;
+    hooks.progress = [&](int percent) { bar.Update(percent); };
+    hooks.warn = [&](const std::string& text) {
+        bar.Finish(text);
+        failed = true;
+    };
+    hooks.aborted = [] { return interrupted.load(); };
+    const auto rowText = [&](size_t row, const std::string& text) {
+        const std::string label = "Track " + audiocd::NumberText(p.rows[row].trackNumber);
+        if (text == audiocd::kTextWriting) {
+            bar.Begin(label);
+            return;
+        }
+        if (text == audiocd::kTextTrackFailed || text == audiocd::kTextAborted)
+            failed = true;
+        bar.Finish(label + ": " + text);
+    };
+
+    interrupted = false;
+    const auto previous = std::signal(SIGINT, OnInterrupt);
+    const audiocd::RipJobResult result = audiocd::RunRipJob(transport, p, hooks, rowText);
+    std::signal(SIGINT, previous);
+    return result.aborted || failed ? kExitFailed : kExitDone;
+}
+
+}  // namespace plattmix::cli
