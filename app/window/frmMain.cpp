@@ -51,6 +51,8 @@ const char* const kTabs[] = {"CD/DVD Rippen      ", "    ISO Image erstellen  ",
 
 constexpr int kKeyF9 = Qt::Key_F9;
 
+const char* const kTextNoAudioCd = "Keine Audio CD im Laufwerk ---> Button Aktualisieren";
+
 }  // namespace
 
 WindowOptions DefaultWindowOptions() {
@@ -206,7 +208,13 @@ void frmMain::ShowTrackList(const std::string& handle) {
         // The content kind the Start command reads: 1 audio, 2 data.
         item->setData(0, Qt::UserRole, row.inhalt == audiocd::kTextData ? 2 : 1);
     }
-    ExplorerListView1->SetEmptyListText(list.emptyText.empty() ? QString() : Tr(Q(list.emptyText)));
+    std::string emptyText = list.emptyText;
+    // The drive answered READ TOC, yet its table lists no track at all (a lead-out alone, or
+    // not even that): there is nothing to rip or to image until another disc is read. A disc
+    // of data tracks only is not this case: it lists its tracks and is offered as an image.
+    if (list.rows.empty() && emptyText.empty())
+        emptyText = kTextNoAudioCd;
+    ExplorerListView1->SetEmptyListText(emptyText.empty() ? QString() : Tr(Q(emptyText)));
     IsDataCD = list.isDataCD;
 }
 
@@ -242,7 +250,12 @@ void frmMain::Command3_Click() {
 }
 
 void frmMain::mnuSave_Click() {
-    // The Start command's jobs (extraction, images, burning) are not part of this build yet.
+    if (isBusy || ripRunning_)
+        return;
+    if (currentPage_ == kPageBurn)
+        StartBurnJob();
+    else
+        StartRipOrIso();
 }
 
 bool frmMain::eventFilter(QObject* watched, QEvent* event) {
@@ -301,5 +314,15 @@ void frmMain::UpdateTrayCaption() {
 void frmMain::DrawDiscUsage() {}
 
 void frmMain::TotalSizeZusammenstellung() {}
+
+bool frmMain::CreateIsoImageJob(const std::string& /*prefix*/,
+                                const std::string& /*targetFolder*/) {
+    // The image of a data disc or a folder comes with the image work; nothing runs yet.
+    return false;
+}
+
+void frmMain::StartBurnJob() {
+    // Burning an image or a compilation comes with the burning work.
+}
 
 }  // namespace plattmix::window

@@ -188,6 +188,13 @@ class frmMain final : public QMainWindow {
     int MarkedRow() const;
     void AddSourceRow();
 
+    // The Start command (frmMainRip.cpp).
+    void StartRipOrIso();
+    bool AskToCheckAllRows();
+    void RipAudioTracks(const std::string& prefix, const std::string& targetFolder);
+    void EndStep();
+    std::string SelectedDriveHandle() const;
+
     // Parts of the window that come with later work and do nothing yet.
     void StopPlayer();
     void ReopenPlayer();
@@ -195,6 +202,9 @@ class frmMain final : public QMainWindow {
     void DrawDiscUsage();
     void TotalSizeZusammenstellung();
     void ShowSourceSize();
+    // The Start command's image and burning jobs. CreateIsoImageJob answers whether a job ran.
+    bool CreateIsoImageJob(const std::string& prefix, const std::string& targetFolder);
+    void StartBurnJob();
 
     shell::SettingsPaths paths_;
     WindowOptions options_;
@@ -204,6 +214,7 @@ class frmMain final : public QMainWindow {
     int currentPage_ = kPageRip;
     bool unloaded_ = false;
     bool playing_ = false;
+    bool ripRunning_ = false;  // a Start command's rip is under way (a close clears isBusy)
 };
 
 }  // namespace plattmix::window

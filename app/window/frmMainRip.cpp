@@ -1,18 +1,23 @@
 // The ripping page: which controls it shows for audio and data discs, the page change itself,
-// the target folder, the output format hint and the selection commands of the track list.
+// the target folder, the output format hint, the selection commands of the track list and the
+// Start command that checks the input and rips the checked tracks.
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTimer>
 #include <initializer_list>
 
 #include "Dialogs.h"
+#include "KeyState.h"
 #include "MsgBox.h"
 #include "PageControls.h"
+#include "RipJob.h"
+#include "RipStart.h"
 #include "TabStrip.h"
 #include "TrackListView.h"
 #include "frmMain.h"
@@ -31,6 +36,12 @@ QString FormatHint(int index) {
         return QStringLiteral("+ .mp3");
     return QString::fromUtf8(kFormatHints[index]);
 }
+
+const QString kTextNoTracks = QStringLiteral("Keine Tracks vorhannden!");
+const QString kTextNoTarget = QStringLiteral("Bitte einen gültigen Ziel-Pfad eingeben");
+const QString kTextNoneChecked =
+    QStringLiteral("Keine Tracks angehakt!\r\nWollen sie alle Tracks auswählen und starten?");
+const QString kTextCheckTracks = QStringLiteral("Bitte Tracks auswählen durch anhaken!");
 
 enum SelectionCommand {
     kAll,
@@ -179,6 +190,99 @@ void frmMain::ApplySelectionCommand(int command) {
         default:
             break;
     }
+}
+
+// The Start command on the ripping and image pages: the name prefix, the list, the target
+// folder and the check marks are checked in this order; the first refusal ends the command.
+void frmMain::StartRipOrIso() {
+    if (Text1->text().isEmpty())
+        Text1->setText(QStringLiteral("Track"));
+    const std::string prefix = Text1->text().toStdString();
+    Abbort = false;
+    Command6->click();  // playback and extraction do not share the drive
+    if (ExplorerListView1->topLevelItemCount() == 0) {
+        MsgBox(this, kTextNoTracks, MsgBoxStyle::Exclamation);
+        ExplorerListView1->SetEmptyListText(Tr(kTextNoTracks));
+        return;
+    }
+    const auto targetFolder = PrepareTargetFolder(ComboBox1->currentText());
+    if (!targetFolder) {
+        MsgBox(this, kTextNoTarget, MsgBoxStyle::Exclamation);
+        return;
+    }
+    FirstChecked first = FindFirstChecked(*ExplorerListView1);
+    if (currentPage_ == kPageIso)
+        first.kind = kJobData;
+    if (first.kind != kJobAudio && first.kind != kJobData && !first.found) {
+        if (!AskToCheckAllRows())
+            return;
+        first = FindFirstChecked(*ExplorerListView1);
+    }
+    if (!first.found) {
+        MsgBox(this, kTextCheckTracks, MsgBoxStyle::Information);
+        EndStep();
+        return;
+    }
+    if (first.kind == kJobData) {
+        if (CreateIsoImageJob(prefix, *targetFolder))
+            EndStep();
+        return;
+    }
+    if (first.kind == kJobAudio) {
+        RipAudioTracks(prefix, *targetFolder);
+        EndStep();
+    }
+}
+
+// Answers whether the user wants every row; Yes checks them, from the last to the first.
+bool frmMain::AskToCheckAllRows() {
+    if (MsgBox(this, kTextNoneChecked, MsgBoxStyle::QuestionYesNo) != vbYes)
+        return false;
+    for (int row = ExplorerListView1->topLevelItemCount() - 1; row >= 0; --row)
+        SetRowChecked(row, true);
+    return true;
+}
+
+std::string frmMain::SelectedDriveHandle() const {
+    if (!transport_ || cboDrv->currentIndex() < 0)
+        return {};
+    auto index = static_cast<int16_t>(cboDrv->currentData().toInt());
+    return transport_->DriveHandle(index);
+}
+
+void frmMain::RipAudioTracks(const std::string& prefix, const std::string& targetFolder) {
+    isBusy = true;
+    ripRunning_ = true;
+    audiocd::RipJobParams params;
+    params.handle = SelectedDriveHandle();
+    params.targetFolder = targetFolder;
+    params.namePrefix = prefix;
+    params.runningNumber = OptNameCounter[1]->isChecked();
+    params.numberFirst = Check2->isChecked();
+    params.formatIndex = ComboBox3->currentIndex();
+    params.rows = RipRowsOf(*ExplorerListView1);
+
+    audiocd::JobHooks hooks;
+    hooks.progress = [this](int percent) { ProgressBar1->setValue(percent); };
+    hooks.yield = YieldHook();
+    hooks.warn = [this](const std::string& text) {
+        MsgBox(this, QString::fromStdString(text), MsgBoxStyle::Exclamation);
+    };
+    hooks.aborted = [this] { return Abbort; };
+    // The list may be read anew while the job lets the window work; a row gone stays silent.
+    const auto rowText = [this](size_t row, const std::string& text) {
+        if (QTreeWidgetItem* item = ExplorerListView1->topLevelItem(static_cast<int>(row)))
+            item->setText(5, QString::fromStdString(text));
+    };
+    audiocd::RunRipJob(*transport_, params, hooks, rowText);
+    ripRunning_ = false;
+}
+
+void frmMain::EndStep() {
+    isBusy = false;
+    ProgressBar1->setValue(0);
+    if (Check1->isChecked() && !Abbort)
+        close();
 }
 
 }  // namespace plattmix::window
