@@ -2,6 +2,7 @@
 // the becoming-ready countdown and the faults injected for tests.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -27,6 +28,8 @@ struct Faults {
     std::vector<LbaRange> timeOuts;    // reads touching them end with status 255
     int timeOutCommands = 0;           // the next commands of any kind end with status 255
     int speedMultiple = 0;             // reads take blocks / (75 * multiple) s; 0 unthrottled
+    // When the disc, spinning on, has delivered everything asked so far (throttled reads only).
+    std::chrono::steady_clock::time_point streamedUntil{};
 };
 
 class DriveSlot {

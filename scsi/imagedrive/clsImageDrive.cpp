@@ -28,12 +28,20 @@ ImageResult<std::shared_ptr<const SectorSource>> OpenMedium(const std::string& p
     return Result::Ok(std::move(source).Take());
 }
 
-// Holds a read back to the pace of a drive spinning at the given multiple of 1x.
-void Throttle(int64_t blocks, int speedMultiple) {
-    if (speedMultiple <= 0 || blocks <= 0)
+// Holds a read back to the pace of a drive spinning at the given multiple of 1x. Deadlines are
+// absolute: a read that follows the previous one closely continues the disc's stream, so a
+// sleep that overshoots a little is made up by the next one instead of adding up.
+void Throttle(Faults& faults, int64_t blocks) {
+    if (faults.speedMultiple <= 0 || blocks <= 0)
         return;
-    const auto micros = blocks * 1'000'000 / (int64_t{kSectorsPerSecondAt1x} * speedMultiple);
-    std::this_thread::sleep_for(std::chrono::microseconds(micros));
+    using Clock = std::chrono::steady_clock;
+    constexpr auto kStreamGap = std::chrono::milliseconds(100);  // longer: the disc was idle
+    const auto micros =
+        blocks * 1'000'000 / (int64_t{kSectorsPerSecondAt1x} * faults.speedMultiple);
+    const auto now = Clock::now();
+    const auto start = now <= faults.streamedUntil + kStreamGap ? faults.streamedUntil : now;
+    faults.streamedUntil = start + std::chrono::microseconds(micros);
+    std::this_thread::sleep_until(faults.streamedUntil);
 }
 
 }  // namespace
@@ -187,7 +195,7 @@ int32_t clsImageDrive::ExecCMD(std::string& Handle, std::span<const uint8_t> cdb
     if (result.status == kStatusCheckCondition)
         lastSense_ = result.sense;
     if (result.status == kStatusGood && (block[0] == kOpReadCd || block[0] == kOpRead10)) {
-        Throttle(RequestedBlocks(block), slot->Injected().speedMultiple);
+        Throttle(slot->Injected(), RequestedBlocks(block));
     }
     return result.status;
 }
