@@ -21,6 +21,7 @@
 #include "DriveList.h"
 #include "MountPoint.h"
 #include "MsgBox.h"
+#include "OutputFormats.h"
 #include "TabSize.h"
 #include "TabStrip.h"
 #include "TrackList.h"
@@ -35,9 +36,6 @@ namespace {
 QString Q(const std::string& text) {
     return QString::fromStdString(text);
 }
-
-const char* const kOutputFormats[] = {"MP3 Format", "MP4 Format", "MP2 Format", "Flac Format",
-                                      "AC3 Format", "WMA Format", "WAV Format"};
 
 struct Column {
     const char* caption;
@@ -86,8 +84,9 @@ bool frmMain::Form_Load() {
 }
 
 void frmMain::FillOutputFormats() {
-    for (const char* format : kOutputFormats)
-        ComboBox3->addItem(QString::fromUtf8(format));
+    for (const auto& format : encode::kOutputFormats)
+        ComboBox3->addItem(QString::fromUtf8(format.caption.data(),
+                                             static_cast<qsizetype>(format.caption.size())));
     ComboBox3->setCurrentIndex(0);
 }
 

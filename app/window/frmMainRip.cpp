@@ -15,6 +15,7 @@
 #include "Dialogs.h"
 #include "KeyState.h"
 #include "MsgBox.h"
+#include "OutputFormats.h"
 #include "PageControls.h"
 #include "RipJob.h"
 #include "RipStart.h"
@@ -28,13 +29,10 @@ namespace plattmix::window {
 
 namespace {
 
-const char* const kFormatHints[] = {"+ .mp3", "+ .mp4", "+ .mp2", "+ .flac",
-                                    "+ .ac3", "+ .wma", "+ .wav"};
-
+// The hint beside the file name for the format at a list index.
 QString FormatHint(int index) {
-    if (index < 0 || index >= static_cast<int>(std::size(kFormatHints)))
-        return QStringLiteral("+ .mp3");
-    return QString::fromUtf8(kFormatHints[index]);
+    const std::string_view hint = encode::FormatAt(index).hint;
+    return QString::fromUtf8(hint.data(), static_cast<qsizetype>(hint.size()));
 }
 
 const QString kTextNoTracks = QStringLiteral("Keine Tracks vorhannden!");
