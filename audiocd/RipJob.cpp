@@ -29,7 +29,7 @@ void RipRowTrack(scsi::ISCSI& transport, const RipJobParams& params, const JobHo
     const auto wav = RipTrackToMemory(transport, params.handle, track, hooks);
     if (!wav)
         return;
-    rowText(row, encode ? encode(*wav, basePath, name) : std::string(kTextTrackFailed));
+    rowText(row, encode ? encode(*wav, basePath, name, row) : std::string(kTextTrackFailed));
     hooks.Yield();
 }
 

@@ -123,8 +123,8 @@ TEST(RunRipJob, OtherFormatsGoThroughTheEncoderWithTheWavImage) {
     rig.params.formatIndex = 0;
     std::vector<std::string> bases;
     const audiocd::EncodeFn encode = [&bases](const std::vector<uint8_t>& wav,
-                                              const std::string& basePath,
-                                              const std::string& name) {
+                                              const std::string& basePath, const std::string& name,
+                                              size_t) {
         bases.push_back(basePath);
         // Header, then 39 sectors: the track's 40 less the one before the next track.
         EXPECT_EQ(wav.size(), 44u + 39u * 2352u);
