@@ -6,6 +6,8 @@ set -euo pipefail
 packages=(
     # build
     g++ cmake ninja-build pkg-config
+    # encoding: FFmpeg's libraries (the ffmpeg program is the encode benchmark's yardstick)
+    libavformat-dev libavcodec-dev libswresample-dev libavutil-dev ffmpeg
     # the window: Qt 6 Widgets, Tahoma (Wine's metric-compatible one) and Arial's stand-in
     qt6-base-dev fonts-wine fonts-liberation2
     # the window's tests on a real X display, and checks of the installed desktop files
