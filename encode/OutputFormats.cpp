@@ -8,6 +8,12 @@ const OutputFormat& FormatAt(int index) {
     return kOutputFormats[static_cast<size_t>(index)];
 }
 
+const OutputFormat& EncodedFormatAt(int index) {
+    if (index < 1 || index > 5)
+        return kOutputFormats[0];
+    return kOutputFormats[static_cast<size_t>(index)];
+}
+
 std::optional<int> FormatByCliName(std::string_view name) {
     for (size_t i = 0; i < kOutputFormats.size(); ++i) {
         if (kOutputFormats[i].cliName == name)
