@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "imagedrive/CdTextReply.h"
 #include "imagedrive/MmcReplies.h"
 
 namespace plattmix::scsi::imagedrive {
@@ -58,6 +59,8 @@ CommandResult ReadToc(const DiscImage& disc, Cdb cdb, std::span<uint8_t> buffer)
         reply = SessionInfoReply(disc, msf);
     if (format == 2)
         reply = FullTocReply(disc, cdb[6]);
+    if (format == kTocFormatCdText)
+        reply = CdTextReply(disc);  // nothing without texts: as a drive without CD-Text
     if (!reply)
         return kInvalidField;
     return Deliver(*reply, Be16(cdb, 7), buffer);

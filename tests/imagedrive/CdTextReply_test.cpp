@@ -1,0 +1,136 @@
+// READ TOC/PMA/ATIP format 5 of the disc-image drive: CD-Text packs from the sheet's TITLE and
+// PERFORMER lines, byte for byte, with their CRCs, the size information, the answer of a disc
+// without texts, and the cut to allocation length and buffer.
+#include <gtest/gtest.h>
+
+#include "ImageFixture.h"
+#include "imagedrive/CdTextReply.h"
+
+namespace plattmix::scsi::imagedrive::test {
+namespace {
+
+// CRC-16 over the pack's first 16 bytes, bit by bit as written down: polynomial 0x1021, start 0,
+// the result inverted.
+uint16_t BitwiseCrc(const Bytes& bytes, size_t from, size_t count) {
+    unsigned crc = 0;
+    for (size_t i = from; i < from + count; ++i) {
+        for (unsigned bit = 8; bit-- > 0;) {
+            const unsigned in = (unsigned{bytes[i]} >> bit) & 1u;
+            const unsigned top = (crc >> 15) & 1u;
+            crc = (crc << 1) & 0xFFFFu;
+            if ((in ^ top) != 0)
+                crc ^= 0x1021u;
+        }
+    }
+    return static_cast<uint16_t>(~crc & 0xFFFFu);
+}
+
+uint16_t StoredCrc(const Bytes& reply, size_t pack) {
+    const size_t at = 4 + pack * 18;
+    return static_cast<uint16_t>((reply[at + 16] << 8) | reply[at + 17]);
+}
+
+// Album "Ab" by "Zö", track 1 "Eins", track 2 "Zwei" by "Ü€" (the euro sign has no place in
+// ISO 8859-1).
+std::string WriteTextDisc(const fs::path& folder) {
+    WriteBytes(folder / "a.bin", Stamped(20, 2352, 5));
+    WriteText(
+        folder / "text.cue",
+        "TITLE \"Ab\"\nPERFORMER \"Z\xC3\xB6\"\nFILE a.bin BINARY\n"
+        "TRACK 01 AUDIO\nTITLE \"Eins\"\nINDEX 01 00:00:00\n"
+        "TRACK 02 AUDIO\nTITLE Zwei\nPERFORMER \"\xC3\x9C\xE2\x82\xAC\"\nINDEX 01 00:00:10\n");
+    return (folder / "text.cue").string();
+}
+
+constexpr size_t kPacks = 6;  // two title packs, one performer pack, three size-information packs
+constexpr size_t kReplyBytes = 4 + kPacks * 18;
+
+using CdTextDriveTest = DriveTest;
+
+TEST_F(CdTextDriveTest, PacksByteForByteWithTheirCrcs) {
+    const std::string handle = Add(WriteTextDisc(Scratch()));
+    const Outcome out = Send(drive, handle, TocCdb(false, 5, 0, 2000), 2000);
+    ASSERT_EQ(out.status, 0);
+    EXPECT_EQ(Slice(out.data, 0, 4), (Bytes{0x00, 2 + kPacks * 18, 0x00, 0x00}));
+    EXPECT_EQ(out.data[kReplyBytes], 0xEE);  // nothing beyond the announced length
+
+    // "Ab\0Eins\0Zwei" | "\0": the second pack starts with track 2's NUL, four characters in.
+    EXPECT_EQ(Slice(out.data, 4, 16), (Bytes{0x80, 0x00, 0x00, 0x00, 'A', 'b', 0, 'E', 'i', 'n',
+                                             's', 0, 'Z', 'w', 'e', 'i'}));
+    EXPECT_EQ(Slice(out.data, 20, 2), (Bytes{0xD8, 0xB5}));  // worked out apart from the drive
+    EXPECT_EQ(Slice(out.data, 22, 16),
+              (Bytes{0x80, 0x02, 0x01, 0x04, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
+    // "Zö\0", nothing for track 1, "Ü?\0" for track 2: ISO 8859-1.
+    EXPECT_EQ(Slice(out.data, 40, 16),
+              (Bytes{0x81, 0x00, 0x02, 0x00, 'Z', 0xF6, 0, 0, 0xDC, '?', 0, 0, 0, 0, 0, 0}));
+    // Size information: ISO 8859-1, tracks 1 to 2, two title packs, one performer pack, three
+    // of its own, last sequence number 5, a language for block 0.
+    EXPECT_EQ(Slice(out.data, 58, 16), (Bytes{0x8F, 0x00, 0x03, 0x00, 0x00, 0x01, 0x02, 0x00, 0x02,
+                                              0x01, 0, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(Slice(out.data, 76, 16),
+              (Bytes{0x8F, 0x01, 0x04, 0x00, 0, 0, 0, 0, 0, 0, 0, 0x03, 0x05, 0, 0, 0}));
+    EXPECT_EQ(Slice(out.data, 94, 4), (Bytes{0x8F, 0x02, 0x05, 0x00}));
+    EXPECT_EQ(Slice(out.data, 98, 4), (Bytes{0, 0, 0, 0}));
+    EXPECT_NE(out.data[102], 0x00);  // language code of block 0
+    EXPECT_EQ(Slice(out.data, 103, 7), Bytes(7, 0));
+
+    for (size_t p = 0; p < kPacks; ++p)
+        EXPECT_EQ(StoredCrc(out.data, p), BitwiseCrc(out.data, 4 + p * 18, 16)) << "pack " << p;
+}
+
+TEST_F(CdTextDriveTest, NoTextsIsAnInvalidFieldAndTheCutFollowsAllocationAndBuffer) {
+    const fs::path folder = Scratch();
+    const std::string plain = Add(WriteSmallDisc(folder));
+    EXPECT_EQ(Failure(Send(drive, plain, TocCdb(false, 5, 0, 2000), 2000)), kInvalidField);
+
+    const std::string handle = Add(WriteTextDisc(folder));
+    const Outcome full = Send(drive, handle, TocCdb(false, 5, 0, 2000), 2000);
+    const Outcome cut = Send(drive, handle, TocCdb(false, 5, 0, 22), 2000);
+    ASSERT_EQ(cut.status, 0);
+    EXPECT_EQ(Slice(cut.data, 0, 22), Slice(full.data, 0, 22));  // header and one whole pack
+    EXPECT_EQ(cut.data[22], 0xEE);
+    EXPECT_EQ(cut.data[1], 2 + kPacks * 18);  // the full length is still announced
+
+    const Outcome header = Send(drive, handle, TocCdb(false, 5, 0, 4), 4);
+    EXPECT_EQ(header.data, Slice(full.data, 0, 4));
+    const Outcome smallBuffer = Send(drive, handle, TocCdb(false, 5, 0, 2000), 30);
+    EXPECT_EQ(smallBuffer.status, 0);
+    EXPECT_TRUE(smallBuffer.guardIntact);
+    EXPECT_EQ(smallBuffer.data, Slice(full.data, 0, 30));
+}
+
+TEST(CdTextPacks, LongTextsCarryTrackAndClampedPositionAndTheBlockEndsAt256Packs) {
+    // A 40-character album title: its packs name track 0 with 0, 12 and 15 (clamped) characters
+    // before; track 1's text starts inside the fourth pack.
+    CdTextBlock block;
+    block.titles = {std::string(40, 'x'), "y"};
+    const Bytes packs = CdTextPacks(block);
+    ASSERT_EQ(packs.size() % 18, 0u);
+    EXPECT_EQ(packs.size() / 18, 4u + 3u);
+    const Bytes heads{packs[1],  packs[3],  packs[19], packs[21],
+                      packs[37], packs[39], packs[55], packs[57]};
+    EXPECT_EQ(heads, (Bytes{0, 0, 0, 12, 0, 15, 0, 15}));
+    EXPECT_EQ(Slice(packs, 54 + 4, 4), (Bytes{'x', 'x', 'x', 'x'}));
+    EXPECT_EQ(Slice(packs, 54 + 8, 3), (Bytes{0, 'y', 0}));
+
+    // 99 tracks of 30 characters need more than a block holds: 253 text packs, the last text
+    // still ends in a NUL, the sequence numbers run 0..255.
+    CdTextBlock full;
+    full.titles.assign(100, std::string(30, 'a'));
+    full.performers.assign(100, std::string(30, 'b'));
+    const Bytes many = CdTextPacks(full);
+    ASSERT_EQ(many.size(), 256u * 18u);
+    for (size_t p = 0; p < 256; ++p)
+        ASSERT_EQ(many[p * 18 + 2], p);
+    EXPECT_EQ(many[252 * 18 + 15], 0x00);
+    EXPECT_EQ(many[253 * 18], 0x8F);
+    EXPECT_EQ(many[253 * 18 + 4 + 4], 253);  // all text packs are titles
+    EXPECT_EQ(many[253 * 18 + 4 + 5], 0);
+    EXPECT_EQ(many[254 * 18 + 4 + 8], 255);  // last sequence number
+    EXPECT_EQ(many[253 * 18 + 4 + 2], 99);   // last track
+
+    EXPECT_TRUE(CdTextPacks(CdTextBlock{1, {"", ""}, {"", ""}}).empty());
+}
+
+}  // namespace
+}  // namespace plattmix::scsi::imagedrive::test
