@@ -70,7 +70,7 @@ TEST_F(ImageDriveTest, TocFormat0ByteForByteInLbaAndMsfFromAStartingTrackAndCut)
     EXPECT_EQ(cut.data[1], 0x22);  // the full length is announced,
     EXPECT_EQ(cut.data[11], 0x00);
     EXPECT_EQ(cut.data[12], 0xEE);                           // but only 12 bytes come
-    EXPECT_EQ(Status(handle, TocCdb(false, 5, 0, 804)), 2);  // CD-Text is not offered
+    EXPECT_EQ(Status(handle, TocCdb(false, 5, 0, 804)), 2);  // this sheet has no CD-Text
 }
 
 TEST_F(ImageDriveTest, EnhancedDiscSessionInfoAndFullToc) {
