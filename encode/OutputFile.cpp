@@ -1,5 +1,6 @@
 #include "OutputFile.h"
 
+#include <cstdio>
 #include <filesystem>
 #include <system_error>
 
@@ -17,10 +18,13 @@ void SetTags(AVDictionary** metadata, const AudioTags& tags) {
     SetTag(metadata, "album", tags.album);
     SetTag(metadata, "album_artist", tags.albumArtist);
     if (tags.track > 0) {
-        std::string track = std::to_string(tags.track);
+        // "n/N" when the disc's track count is known, else "n".
+        char track[32];
         if (tags.trackCount > 0)
-            track += "/" + std::to_string(tags.trackCount);
-        SetTag(metadata, "track", track);
+            std::snprintf(track, sizeof track, "%d/%d", tags.track, tags.trackCount);
+        else
+            std::snprintf(track, sizeof track, "%d", tags.track);
+        av_dict_set(metadata, "track", track, 0);
     }
 }
 
