@@ -12,6 +12,7 @@
 #include "DriveChoice.h"
 #include "OutputFormats.h"
 #include "ProgressBar.h"
+#include "RipEncoder.h"
 #include "RipJob.h"
 #include "RipTrack.h"
 #include "TrackList.h"
@@ -54,8 +55,6 @@ std::optional<std::string> ReadOptions(const CliArgs& args, RipSettings& setting
     const auto index = encode::FormatByCliName(format);
     if (!index)
         return "Unbekanntes Format: " + format;
-    if (*index != encode::kWavFormat)
-        return "Das Format " + format + " gibt es noch nicht.";
     p.formatIndex = *index;
     const auto out = Option(args, "--out");
     if (!out || out->empty())
@@ -174,7 +173,10 @@ int RunRipCommand(const CliArgs& args, std::ostream& out, std::ostream& err, boo
 
     interrupted = false;
     const auto previous = std::signal(SIGINT, OnInterrupt);
-    const audiocd::RipJobResult result = audiocd::RunRipJob(transport, p, hooks, rowText);
+    audiocd::EncodeFn encoder;
+    if (p.formatIndex != encode::kWavFormat)
+        encoder = audiocd::MakeRipEncoder(p, audiocd::ReadCdText(transport, p.handle), hooks);
+    const audiocd::RipJobResult result = audiocd::RunRipJob(transport, p, hooks, rowText, encoder);
     std::signal(SIGINT, previous);
     return result.aborted || failed ? kExitFailed : kExitDone;
 }

@@ -17,6 +17,7 @@
 #include "MsgBox.h"
 #include "OutputFormats.h"
 #include "PageControls.h"
+#include "RipEncoder.h"
 #include "RipJob.h"
 #include "RipStart.h"
 #include "TabStrip.h"
@@ -272,7 +273,13 @@ void frmMain::RipAudioTracks(const std::string& prefix, const std::string& targe
         if (QTreeWidgetItem* item = ExplorerListView1->topLevelItem(static_cast<int>(row)))
             item->setText(5, QString::fromStdString(text));
     };
-    audiocd::RunRipJob(*transport_, params, hooks, rowText);
+    // Other formats go through the encoder, tagged with the disc's CD-Text where it has one.
+    audiocd::EncodeFn encoder;
+    if (params.formatIndex != audiocd::kWavFormatIndex) {
+        encoder =
+            audiocd::MakeRipEncoder(params, audiocd::ReadCdText(*transport_, params.handle), hooks);
+    }
+    audiocd::RunRipJob(*transport_, params, hooks, rowText, encoder);
     ripRunning_ = false;
 }
 

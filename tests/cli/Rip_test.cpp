@@ -7,6 +7,7 @@
 #include "Commands.h"
 #include "DiscWriter.h"
 #include "Fixtures.h"
+#include "MediaProbe.h"
 #include "ProgressBar.h"
 #include "RipCommand.h"
 #include "common/ScratchFolder.h"
@@ -100,4 +101,23 @@ TEST(CliRip, BadOptionsAreUsageErrors) {
     EXPECT_EQ(audioOnly.code, kExitDone) << audioOnly.err;
     EXPECT_TRUE(fs::exists(folder / "m" / "Track01.wav"));  // the first audio track, running 01
     EXPECT_EQ(audioOnly.out.find("Track 01:"), std::string::npos) << audioOnly.out;
+}
+
+TEST(CliRip, OtherFormatsAreEncodedWithTheDiscsTags) {
+    const auto folder = test::ScratchFolder("cli");
+    const auto disc = discgen::WriteDisc(discgen::AudioThreeTracks(), folder / "disc");
+    ASSERT_TRUE(disc.ok()) << disc.error;
+    const std::string cue = disc.value->cuePath.string();
+    for (const char* format : {"mp3", "flac"}) {
+        SCOPED_TRACE(format);
+        const Ripped ripped =
+            Rip({"--drive", cue, "--tracks", "2", "--out", folder.string(), "--format", format});
+        EXPECT_EQ(ripped.code, kExitDone) << ripped.err;
+        const auto probed =
+            encode::ProbeAudioFile((folder / ("Track01." + std::string(format))).string());
+        ASSERT_TRUE(probed);
+        EXPECT_EQ(probed->codec, format);
+        EXPECT_EQ(probed->tags.at("title"), disc.value->tracks[1].title);
+        EXPECT_EQ(probed->tags.at("track"), "2/3");
+    }
 }

@@ -16,6 +16,7 @@
 
 #include "DiscWriter.h"
 #include "Fixtures.h"
+#include "MediaProbe.h"
 #include "TrackListView.h"
 #include "WindowTestSupport.h"
 #include "imagedrive/clsImageDrive.h"
@@ -372,4 +373,56 @@ TEST_F(RipPerson, UnreadableTrackIsToldAndTheOthersAreRipped) {
     EXPECT_EQ(boxes.boxes[0].style, MsgBoxStyle::Exclamation);
     EXPECT_EQ(Results(), (QStringList{"Track01.wav -->Fertig", kWriting, "Track03.wav -->Fertig",
                                       "Track04.wav -->Fertig", "Track05.wav -->Fertig"}));
+}
+
+namespace {
+
+// One track of a minute: its conversion runs long enough for the window to be polled.
+class ConvertPerson : public RipPerson {
+  protected:
+    void SetUp() override {
+        WindowTest::SetUp();
+        discgen::DiscSpec spec = discgen::AudioThreeTracks();
+        spec.name = "OneMinute";
+        spec.tracks.resize(1);
+        spec.tracks[0].sectors = 60 * 75;
+        const auto written = discgen::WriteDisc(spec, root / "disc");
+        ASSERT_TRUE(written.ok()) << written.error;
+        disc = *written.value;
+        UseImages({disc.cuePath.string()});
+        window = StartAndFill();
+        ASSERT_NE(window, nullptr);
+        window->show();
+    }
+};
+
+}  // namespace
+
+TEST_F(ConvertPerson, AbbrechenDuringAConversionStopsItAndLeavesNoFile) {
+    const fs::path target = root / "mp3";
+    ChooseFormat(kMp3);
+    TypeTarget(target);
+    Choose(kAll);
+    // Pressed while the track is read; the encoder sees it at its first poll.
+    StopWhen([&] { return Results()[0] == kWriting && window->ProgressBar1->value() >= 50; },
+             [&] { window->Command2->click(); }, true);
+    PressStart();
+    EXPECT_EQ(Results(), QStringList{"Abbruch"});
+    EXPECT_TRUE(FilesIn(target).empty());
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_FALSE(window->isBusy);
+}
+
+TEST_F(ConvertPerson, OtherFormatsAreEncodedAndTagged) {
+    const fs::path target = root / "flac";
+    ChooseFormat(3);  // "Flac Format"
+    TypeTarget(target);
+    Choose(kAll);
+    PressStart();
+    EXPECT_EQ(Results(), QStringList{"Track01.flac -->Fertig"});
+    const auto probed = encode::ProbeAudioFile((target / "Track01.flac").string());
+    ASSERT_TRUE(probed);
+    EXPECT_EQ(probed->codec, "flac");
+    EXPECT_EQ(probed->tags.at("title"), disc.tracks[0].title);
+    EXPECT_EQ(probed->tags.at("album"), disc.title);
 }

@@ -1,0 +1,18 @@
+// The encoder the rip job hands every non-WAV track to: the WAV image through the transcoding
+// pipeline into the chosen format, tagged with the track number and the disc's CD-Text.
+#pragma once
+
+#include <optional>
+
+#include "CdText.h"
+#include "JobHooks.h"
+#include "RipJob.h"
+
+namespace plattmix::audiocd {
+
+// The row's text is fileName + the format's extension + " -->Fertig", "Abbruch" when the
+// user stopped the conversion, or "XXX Fehler!".
+EncodeFn MakeRipEncoder(const RipJobParams& params, const std::optional<CdText>& cdText,
+                        const JobHooks& hooks);
+
+}  // namespace plattmix::audiocd
