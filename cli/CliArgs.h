@@ -8,6 +8,11 @@
 
 namespace plattmix::cli {
 
+// Exit codes of every command.
+inline constexpr int kExitDone = 0;
+inline constexpr int kExitFailed = 1;
+inline constexpr int kExitUsage = 2;
+
 struct CliArgs {
     std::string command;
     std::map<std::string, std::string> options;  // "--drive" -> value

@@ -9,10 +9,6 @@
 
 namespace plattmix::cli {
 
-inline constexpr int kExitDone = 0;
-inline constexpr int kExitFailed = 1;
-inline constexpr int kExitUsage = 2;
-
 // The words after the program's name, with the options every command knows.
 ParseResult ParseCommandLine(const std::vector<std::string>& words);
 

@@ -175,7 +175,7 @@ int RunRipCommand(const CliArgs& args, std::ostream& out, std::ostream& err, boo
     const auto previous = std::signal(SIGINT, OnInterrupt);
     audiocd::EncodeFn encoder;
     if (p.formatIndex != encode::kWavFormat)
-        encoder = audiocd::MakeRipEncoder(p, audiocd::ReadCdText(transport, p.handle), hooks);
+        encoder = encode::MakeRipEncoder(p, audiocd::ReadCdText(transport, p.handle), hooks);
     const audiocd::RipJobResult result = audiocd::RunRipJob(transport, p, hooks, rowText, encoder);
     std::signal(SIGINT, previous);
     return result.aborted || failed ? kExitFailed : kExitDone;

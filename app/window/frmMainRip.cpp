@@ -277,7 +277,7 @@ void frmMain::RipAudioTracks(const std::string& prefix, const std::string& targe
     audiocd::EncodeFn encoder;
     if (params.formatIndex != audiocd::kWavFormatIndex) {
         encoder =
-            audiocd::MakeRipEncoder(params, audiocd::ReadCdText(*transport_, params.handle), hooks);
+            encode::MakeRipEncoder(params, audiocd::ReadCdText(*transport_, params.handle), hooks);
     }
     audiocd::RunRipJob(*transport_, params, hooks, rowText, encoder);
     ripRunning_ = false;

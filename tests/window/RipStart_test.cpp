@@ -195,7 +195,7 @@ TEST_F(WindowTest, TableOfContentsWithoutTracksAsksForAnotherDisc) {
 }
 
 TEST_F(RipPerson, CheckedTracksBecomeFilesNamedAsChosen) {
-    const QString fail = QStringLiteral("XXX Fehler!");
+    // The encoded formats have their own tests below.
     const struct {
         const char* prefix;
         bool runningNumber, numberFirst;
@@ -220,8 +220,6 @@ TEST_F(RipPerson, CheckedTracksBecomeFilesNamedAsChosen) {
          kEven,
          kWav,
          {"", "Lied 02.wav -->Fertig", "", "Lied 04.wav -->Fertig", ""}},
-        // Other formats need the encoder, which this build does not have.
-        {"Track", true, false, kOdd, kMp3, {fail, "", fail, "", fail}},
     };
     int highestProgress = 0;
     QObject::connect(window->ProgressBar1, &QProgressBar::valueChanged, window,

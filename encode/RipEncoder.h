@@ -8,11 +8,12 @@
 #include "JobHooks.h"
 #include "RipJob.h"
 
-namespace plattmix::audiocd {
+namespace plattmix::encode {
 
 // The row's text is fileName + the format's extension + " -->Fertig", "Abbruch" when the
 // user stopped the conversion, or "XXX Fehler!".
-EncodeFn MakeRipEncoder(const RipJobParams& params, const std::optional<CdText>& cdText,
-                        const JobHooks& hooks);
+audiocd::EncodeFn MakeRipEncoder(const audiocd::RipJobParams& params,
+                                 const std::optional<audiocd::CdText>& cdText,
+                                 const audiocd::JobHooks& hooks);
 
-}  // namespace plattmix::audiocd
+}  // namespace plattmix::encode

@@ -4,7 +4,12 @@
 #include "OutputFormats.h"
 #include "RipTrack.h"
 
-namespace plattmix::audiocd {
+namespace plattmix::encode {
+
+using audiocd::CdText;
+using audiocd::EncodeFn;
+using audiocd::JobHooks;
+using audiocd::RipJobParams;
 
 namespace {
 
@@ -13,9 +18,8 @@ std::string Lookup(const std::map<int, std::string>& texts, int track) {
     return it == texts.end() ? std::string() : it->second;
 }
 
-encode::AudioTags TagsFor(const RipJobParams& params, const std::optional<CdText>& cdText,
-                          size_t row) {
-    encode::AudioTags tags;
+AudioTags TagsFor(const RipJobParams& params, const std::optional<CdText>& cdText, size_t row) {
+    AudioTags tags;
     tags.track = params.rows[row].trackNumber;
     tags.trackCount = static_cast<int>(params.rows.size());
     if (cdText) {
@@ -35,17 +39,17 @@ EncodeFn MakeRipEncoder(const RipJobParams& params, const std::optional<CdText>&
                         const JobHooks& hooks) {
     return [params, cdText, hooks](const std::vector<uint8_t>& wav, const std::string& basePath,
                                    const std::string& fileName, size_t row) {
-        encode::ConvertHooks convert;
+        ConvertHooks convert;
         convert.yield = hooks.yield;
         convert.aborted = hooks.aborted;
         convert.progress = hooks.progress;
-        const bool done = encode::ConvertAudioStream(wav, "audio/wav", basePath, params.formatIndex,
-                                                     TagsFor(params, cdText, row), convert);
+        const bool done = ConvertAudioStream(wav, "audio/wav", basePath, params.formatIndex,
+                                             TagsFor(params, cdText, row), convert);
         // A conversion stopped by the user is an abort, not a failure.
         if (!done)
-            return std::string(hooks.Aborted() ? kTextAborted : kTextTrackFailed);
-        return fileName + std::string(encode::FormatAt(params.formatIndex).extension) + kTextDone;
+            return std::string(hooks.Aborted() ? audiocd::kTextAborted : audiocd::kTextTrackFailed);
+        return fileName + std::string(FormatAt(params.formatIndex).extension) + audiocd::kTextDone;
     };
 }
 
-}  // namespace plattmix::audiocd
+}  // namespace plattmix::encode
