@@ -26,10 +26,11 @@ void RipRowTrack(scsi::ISCSI& transport, const RipJobParams& params, const JobHo
             rowText(row, *text);
         return;
     }
-    const auto wav = RipTrackToMemory(transport, params.handle, track, hooks);
-    if (!wav)
+    const auto text =
+        RipTrackConvert(transport, params.handle, track, basePath, name, encode, row, hooks);
+    if (!text)
         return;
-    rowText(row, encode ? encode(*wav, basePath, name, row) : std::string(kTextTrackFailed));
+    rowText(row, *text);
     hooks.Yield();
 }
 

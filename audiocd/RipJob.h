@@ -8,6 +8,7 @@
 
 #include "ISCSI.h"
 #include "JobHooks.h"
+#include "RipTrack.h"
 
 namespace plattmix::audiocd {
 
@@ -36,13 +37,9 @@ struct RipJobResult {
 };
 
 // Row texts for the "Ergebnis" column go through rowText(rowPosition, text). Formats other
-// than WAV go through encode(wavImage, pathWithoutExtension, fileName, row), which answers the
-// row's text (row: the checked row's position, so the encoder can name the track in the file's
-// tags); without one they report "XXX Fehler!".
+// than WAV go through RipTrackConvert with the encoder (see RipTrack.h); without one they
+// report "XXX Fehler!".
 using RowTextFn = std::function<void(size_t row, const std::string& text)>;
-using EncodeFn =
-    std::function<std::string(const std::vector<uint8_t>& wav, const std::string& basePath,
-                              const std::string& fileName, size_t row)>;
 
 RipJobResult RunRipJob(scsi::ISCSI& transport, const RipJobParams& params, const JobHooks& hooks,
                        const RowTextFn& rowText, const EncodeFn& encode = {});

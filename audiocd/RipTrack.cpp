@@ -212,4 +212,14 @@ std::optional<std::vector<uint8_t>> RipTrackToMemory(scsi::ISCSI& transport, std
     return image;
 }
 
+std::optional<std::string> RipTrackConvert(scsi::ISCSI& transport, std::string handle,
+                                           int16_t track, const std::string& basePath,
+                                           const std::string& fileName, const EncodeFn& encode,
+                                           size_t row, const JobHooks& hooks) {
+    const auto wav = RipTrackToMemory(transport, std::move(handle), track, hooks);
+    if (!wav)
+        return std::nullopt;
+    return encode ? encode(*wav, basePath, fileName, row) : std::string(kTextTrackFailed);
+}
+
 }  // namespace plattmix::audiocd

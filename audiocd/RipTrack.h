@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -31,5 +32,19 @@ std::optional<std::string> RipTrackWav(scsi::ISCSI& transport, std::string handl
 // when reading failed (the user was warned).
 std::optional<std::vector<uint8_t>> RipTrackToMemory(scsi::ISCSI& transport, std::string handle,
                                                      int16_t track, const JobHooks& hooks);
+
+// The encoder: the WAV image into pathWithoutExtension + the format's extension; answers the
+// row's text. row is the checked row's position, so the encoder can name the track in tags.
+using EncodeFn =
+    std::function<std::string(const std::vector<uint8_t>& wav, const std::string& basePath,
+                              const std::string& fileName, size_t row)>;
+
+// The memory path: the track read into memory behind the WAV header (RipTrackToMemory), then
+// handed to the encoder. Answers the row's text ("XXX Fehler!" without an encoder), or nothing
+// when reading failed (the user was warned).
+std::optional<std::string> RipTrackConvert(scsi::ISCSI& transport, std::string handle,
+                                           int16_t track, const std::string& basePath,
+                                           const std::string& fileName, const EncodeFn& encode,
+                                           size_t row, const JobHooks& hooks);
 
 }  // namespace plattmix::audiocd
