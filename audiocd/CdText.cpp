@@ -22,23 +22,9 @@ constexpr int kMaxTrack = 99;
 // Eight blocks of 256 packs behind the header: the most a drive can have to tell.
 constexpr uint16_t kLargestReply = static_cast<uint16_t>(kHeader + 8 * 256 * kPack);
 
-uint16_t PackCrc(std::span<const uint8_t> bytes) {
-    uint16_t crc = 0;
-    for (const uint8_t byte : bytes) {
-        crc = static_cast<uint16_t>(crc ^ (byte << 8));
-        for (int bit = 0; bit < 8; ++bit) {
-            const bool top = (crc & 0x8000u) != 0;
-            crc = static_cast<uint16_t>(crc << 1);
-            if (top)
-                crc = static_cast<uint16_t>(crc ^ 0x1021u);
-        }
-    }
-    return static_cast<uint16_t>(~crc);
-}
-
 bool CrcMatches(std::span<const uint8_t> pack) {
     const uint16_t stored = static_cast<uint16_t>((pack[16] << 8) | pack[17]);
-    return PackCrc(pack.first(16)) == stored;
+    return modMMC::CdTextCrc(pack.first(16)) == stored;
 }
 
 std::string Latin1ToUtf8(const std::string& latin1) {

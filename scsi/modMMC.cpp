@@ -173,4 +173,18 @@ std::optional<Toc> ParseTOC(std::span<const uint8_t> reply) {
     return toc;
 }
 
+uint16_t CdTextCrc(std::span<const uint8_t> bytes) {
+    uint16_t crc = 0;
+    for (const uint8_t byte : bytes) {
+        crc = static_cast<uint16_t>(crc ^ (byte << 8));
+        for (int bit = 0; bit < 8; ++bit) {
+            const bool top = (crc & 0x8000u) != 0;
+            crc = static_cast<uint16_t>(crc << 1);
+            if (top)
+                crc = static_cast<uint16_t>(crc ^ 0x1021u);
+        }
+    }
+    return static_cast<uint16_t>(~crc);
+}
+
 }  // namespace plattmix::modMMC

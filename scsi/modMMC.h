@@ -73,4 +73,8 @@ struct Toc {
 // (at most 100). Nothing when the reply is shorter than the header.
 std::optional<Toc> ParseTOC(std::span<const uint8_t> reply);
 
+// The CRC of a CD-Text pack over its first 16 bytes: CRC-16/CCITT (polynomial 0x1021, start
+// 0), inverted; stored big-endian in bytes 16 and 17.
+uint16_t CdTextCrc(std::span<const uint8_t> bytes);
+
 }  // namespace plattmix::modMMC

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "modMMC.h"
+
 namespace plattmix::scsi::imagedrive {
 
 namespace {
@@ -23,7 +25,7 @@ void AppendPack(std::vector<uint8_t>& out, uint8_t type, uint8_t track, uint8_t 
     out[at + 2] = static_cast<uint8_t>(at / kCdTextPackSize);  // sequence within the block
     out[at + 3] = charPosition;                                // block 0, single-byte text
     std::copy(text.begin(), text.end(), out.begin() + static_cast<std::ptrdiff_t>(at + 4));
-    const uint16_t crc = CdTextCrc(std::span<const uint8_t>(out).subspan(at, 16));
+    const uint16_t crc = modMMC::CdTextCrc(std::span<const uint8_t>(out).subspan(at, 16));
     out[at + 16] = static_cast<uint8_t>(crc >> 8);
     out[at + 17] = static_cast<uint8_t>(crc & 0xFFu);
 }
@@ -71,20 +73,6 @@ void AppendUtf8Fallback(std::string& out, size_t& i, std::string_view utf8) {
 }
 
 }  // namespace
-
-uint16_t CdTextCrc(std::span<const uint8_t> bytes) {
-    uint16_t crc = 0;
-    for (const uint8_t byte : bytes) {
-        crc = static_cast<uint16_t>(crc ^ (byte << 8));
-        for (int bit = 0; bit < 8; ++bit) {
-            const bool top = (crc & 0x8000u) != 0;
-            crc = static_cast<uint16_t>(crc << 1);
-            if (top)
-                crc = static_cast<uint16_t>(crc ^ 0x1021u);
-        }
-    }
-    return static_cast<uint16_t>(~crc);
-}
 
 std::string ToLatin1(std::string_view utf8) {
     std::string out;

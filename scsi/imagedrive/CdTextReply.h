@@ -26,9 +26,6 @@ struct CdTextBlock {
     std::vector<std::string> performers;  // ISO 8859-1 bytes
 };
 
-// CRC of a pack's first 16 bytes: CRC-16 with polynomial 0x1021, start value 0, inverted.
-uint16_t CdTextCrc(std::span<const uint8_t> bytes);
-
 // UTF-8 to ISO 8859-1; what has no place there (and what is no valid UTF-8) becomes '?'.
 std::string ToLatin1(std::string_view utf8);
 
