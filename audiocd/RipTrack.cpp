@@ -141,6 +141,25 @@ class WavFile {
     std::string error_;
 };
 
+// What every extraction does first: progress 0 and a yield, the track's bounds from the table
+// of contents (the user is told when it cannot be read), and the WAV header for its size.
+struct TrackStart {
+    TrackBounds bounds;
+    WavHeaderBytes header;
+};
+std::optional<TrackStart> StartTrack(scsi::ISCSI& transport, std::string& handle, int16_t track,
+                                     const JobHooks& hooks) {
+    hooks.Progress(0);
+    hooks.Yield();
+    const auto bounds = ReadBounds(transport, handle, track, hooks);
+    if (!bounds)
+        return std::nullopt;
+    const auto header = WavHeader(bounds->audioBytes);
+    if (!header)
+        return std::nullopt;
+    return TrackStart{*bounds, *header};
+}
+
 }  // namespace
 
 std::string ReadErrorText(int32_t from, int32_t to) {
@@ -152,22 +171,17 @@ std::string ReadErrorText(int32_t from, int32_t to) {
 std::optional<std::string> RipTrackWav(scsi::ISCSI& transport, std::string handle, int16_t track,
                                        const std::string& filePath, const std::string& fileName,
                                        const JobHooks& hooks) {
-    hooks.Progress(0);
-    hooks.Yield();
-    const auto bounds = ReadBounds(transport, handle, track, hooks);
-    if (!bounds)
-        return std::nullopt;
-    const auto header = WavHeader(bounds->audioBytes);
-    if (!header)
+    const auto start = StartTrack(transport, handle, track, hooks);
+    if (!start)
         return std::nullopt;
 
     WavFile file(filePath);
-    if (!file.IsOpen() || !file.Append(*header)) {
+    if (!file.IsOpen() || !file.Append(start->header)) {
         hooks.Warn(file.Error());
         return std::nullopt;
     }
     const ReadEnd end =
-        ReadTrackBlocks(transport, handle, *bounds, hooks,
+        ReadTrackBlocks(transport, handle, start->bounds, hooks,
                         [&file](std::span<const uint8_t> block) { return file.Append(block); });
     const bool closed = file.Close();
     if (end.outcome == ReadOutcome::BlockFailed) {
@@ -185,26 +199,21 @@ std::optional<std::string> RipTrackWav(scsi::ISCSI& transport, std::string handl
 
 std::optional<std::vector<uint8_t>> RipTrackToMemory(scsi::ISCSI& transport, std::string handle,
                                                      int16_t track, const JobHooks& hooks) {
-    hooks.Progress(0);
-    hooks.Yield();
-    const auto bounds = ReadBounds(transport, handle, track, hooks);
-    if (!bounds)
-        return std::nullopt;
-    const auto header = WavHeader(bounds->audioBytes);
-    if (!header)
+    const auto start = StartTrack(transport, handle, track, hooks);
+    if (!start)
         return std::nullopt;
 
     std::vector<uint8_t> image;
-    if (bounds->audioBytes > 0)
-        image.reserve(kWavHeaderSize + static_cast<size_t>(bounds->audioBytes));
+    if (start->bounds.audioBytes > 0)
+        image.reserve(kWavHeaderSize + static_cast<size_t>(start->bounds.audioBytes));
     const auto append = [&image](std::span<const uint8_t> bytes) {
         const size_t at = image.size();
         image.resize(at + bytes.size());
         std::copy(bytes.begin(), bytes.end(), image.begin() + static_cast<std::ptrdiff_t>(at));
         return true;
     };
-    append(*header);
-    const ReadEnd end = ReadTrackBlocks(transport, handle, *bounds, hooks, append);
+    append(start->header);
+    const ReadEnd end = ReadTrackBlocks(transport, handle, start->bounds, hooks, append);
     if (end.outcome != ReadOutcome::Complete) {
         hooks.Warn(ReadErrorText(end.from, end.to));
         return std::nullopt;

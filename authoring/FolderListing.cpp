@@ -27,50 +27,49 @@ void AddFile(const std::string& path, int64_t size, FolderListing& listing) {
     listing.ListFiles.push_back(path);
 }
 
+// Every entry of folder in reading order: Escape stops the walk, the window gets a yield before
+// each entry. A failure (out of memory, a hook that threw) keeps what was listed so far.
+template <typename VisitFn>
+void WalkFolder(const std::string& folder, const ScanHooks& hooks, VisitFn visit) {
+    try {
+        FolderReader reader(folder);
+        while (const dirent* entry = reader.Next()) {
+            if (EscapePressed(hooks))
+                return;
+            YieldToWindow(hooks);
+            visit(reader, *entry);
+        }
+    } catch (...) {
+    }
+}
+
 }  // namespace
 
 void ListOrdnerDateien(std::string folder, const std::string& pattern, FolderListing& listing,
                        const ScanHooks& hooks) {
-    try {
-        AddSlash(folder);
-        FolderReader reader(folder);
-        while (const dirent* entry = reader.Next()) {
-            if (EscapePressed(hooks))
-                return;
-            YieldToWindow(hooks);
-            const char* name = entry->d_name;
-            int64_t size = 0;
-            if (name[0] == '\0' || reader.Kind(*entry) != EntryKind::File ||
-                !Matches(name, pattern) || !reader.Size(name, size))
-                continue;
-            AddFile(folder + name, size, listing);
-        }
-    } catch (...) {
-        // Out of memory or a hook that threw: the listing stays as far as it got.
-    }
+    AddSlash(folder);
+    WalkFolder(folder, hooks, [&](FolderReader& reader, const dirent& entry) {
+        const char* name = entry.d_name;
+        int64_t size = 0;
+        if (name[0] == '\0' || reader.Kind(entry) != EntryKind::File || !Matches(name, pattern) ||
+            !reader.Size(name, size))
+            return;
+        AddFile(folder + name, size, listing);
+    });
 }
 
 void ListUnterordner(std::string folder, const std::string& pattern, FolderListing& listing,
                      const ScanHooks& hooks) {
-    try {
-        AddSlash(folder);
-        FolderReader reader(folder);
-        while (const dirent* entry = reader.Next()) {
-            if (EscapePressed(hooks))
-                return;
-            YieldToWindow(hooks);
-            const char* name = entry->d_name;
-            if (IsDotEntry(name) || reader.Kind(*entry) != EntryKind::Folder ||
-                !Matches(name, pattern))
-                continue;
-            const std::string sub = folder + name;
-            listing.ListFolders.push_back(sub);
-            ListOrdnerDateien(sub, "*.*", listing, hooks);
-            ListUnterordner(sub, "*.*", listing, hooks);
-        }
-    } catch (...) {
-        // As above.
-    }
+    AddSlash(folder);
+    WalkFolder(folder, hooks, [&](FolderReader& reader, const dirent& entry) {
+        const char* name = entry.d_name;
+        if (IsDotEntry(name) || reader.Kind(entry) != EntryKind::Folder || !Matches(name, pattern))
+            return;
+        const std::string sub = folder + name;
+        listing.ListFolders.push_back(sub);
+        ListOrdnerDateien(sub, "*.*", listing, hooks);
+        ListUnterordner(sub, "*.*", listing, hooks);
+    });
 }
 
 std::string ShowOrdnerInhalt(const std::string& folder, FolderListing& listing,
