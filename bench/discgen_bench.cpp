@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "AudioSynth.h"
+#include "BenchFolder.h"
 #include "Crc32.h"
 #include "DiscWriter.h"
 #include "Fixtures.h"
@@ -19,10 +20,7 @@ using namespace plattmix::discgen;
 constexpr double kMinimumCdSpeed = 100.0;
 
 std::filesystem::path BenchFolder() {
-    const char* base = std::getenv("PLATTMIX_BENCH_TMP");
-    return (base != nullptr ? std::filesystem::path(base)
-                            : std::filesystem::temp_directory_path() / "plattmix-bench") /
-           "discgen";
+    return plattmix::bench::BenchFolder("discgen");
 }
 
 double AudioSeconds(const DiscDescription& disc) {

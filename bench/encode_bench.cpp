@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "AudioSynth.h"
+#include "BenchFolder.h"
 #include "ConvertAudioStream.h"
 #include "OutputFormats.h"
 #include "WavHeader.h"
@@ -33,9 +34,7 @@ constexpr int64_t kSectors = 75 * 60 * 3;  // three minutes
 constexpr int64_t kSectorBytes = 2352;
 
 fs::path BenchFolder() {
-    const char* base = std::getenv("PLATTMIX_BENCH_TMP");
-    return (base != nullptr ? fs::path(base) : fs::temp_directory_path() / "plattmix-bench") /
-           "encode";
+    return plattmix::bench::BenchFolder("encode");
 }
 
 // The image as the ripping makes it, and the same bytes as a file for ffmpeg.

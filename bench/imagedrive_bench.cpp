@@ -11,6 +11,7 @@
 #include <map>
 #include <vector>
 
+#include "BenchFolder.h"
 #include "DiscWriter.h"
 #include "Fixtures.h"
 #include "imagedrive/clsImageDrive.h"
@@ -25,10 +26,7 @@ constexpr uint32_t kBlocks = 27;  // what the ripper asks for at a time
 constexpr size_t kRawSector = 2352;
 
 std::filesystem::path BenchFolder(const char* name) {
-    const char* base = std::getenv("PLATTMIX_BENCH_TMP");
-    return (base != nullptr ? std::filesystem::path(base)
-                            : std::filesystem::temp_directory_path() / "plattmix-bench") /
-           name;
+    return plattmix::bench::BenchFolder(name);
 }
 
 const discgen::DiscDescription& Disc(discgen::DiscSpec spec, const char* name) {

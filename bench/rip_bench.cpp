@@ -19,6 +19,7 @@
 #include <string>
 #include <vector>
 
+#include "BenchFolder.h"
 #include "DiscWriter.h"
 #include "Fixtures.h"
 #include "RipEncoder.h"
@@ -39,9 +40,7 @@ constexpr int kEmulatedSpeed = 48;
 constexpr double kSectorsPerSecond = 75.0;
 
 fs::path BenchFolder() {
-    const char* base = std::getenv("PLATTMIX_BENCH_TMP");
-    return (base != nullptr ? fs::path(base) : fs::temp_directory_path() / "plattmix-bench") /
-           "rip";
+    return plattmix::bench::BenchFolder("rip");
 }
 
 // The disc is written once per run and removed by main at the end.

@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <string>
 
+#include "BenchFolder.h"
 #include "modScan.h"
 
 extern char** environ;
@@ -32,10 +33,7 @@ bool escapeDown = false;
 const authoring::ScanHooks kWindowHooks{[] { return escapeDown; }, [] {}};
 
 std::filesystem::path TreeFolder() {
-    const char* base = std::getenv("PLATTMIX_BENCH_TMP");
-    return (base != nullptr ? std::filesystem::path(base)
-                            : std::filesystem::temp_directory_path() / "plattmix-bench") /
-           "scan";
+    return plattmix::bench::BenchFolder("scan");
 }
 
 // Most files are empty, every fifth has a few kilobytes (sparse).

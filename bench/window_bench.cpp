@@ -14,6 +14,7 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include "BenchFolder.h"
 #include "DemoDisc.h"
 #include "frmMain.h"
 #include "modSettings.h"
@@ -24,11 +25,7 @@ using namespace plattmix;
 using Clock = std::chrono::steady_clock;
 
 shell::SettingsPaths BenchSettings() {
-    const char* base = std::getenv("PLATTMIX_BENCH_TMP");
-    const auto folder =
-        (base != nullptr ? std::filesystem::path(base)
-                         : std::filesystem::temp_directory_path() / "plattmix-bench") /
-        "window";
+    const auto folder = plattmix::bench::BenchFolder("window");
     std::filesystem::remove_all(folder);
     ::setenv("APPDATA", folder.c_str(), 1);
     shell::SettingsPaths paths = shell::ComputeSettingsPaths();
