@@ -8,6 +8,8 @@ packages=(
     g++ cmake ninja-build pkg-config
     # encoding: FFmpeg's libraries (the ffmpeg program is the encode benchmark's yardstick)
     libavformat-dev libavcodec-dev libswresample-dev libavutil-dev ffmpeg
+    # ISO images, disc state, burning and multisession: libisofs, libburn, libisoburn
+    libisofs-dev libburn-dev libisoburn-dev
     # the window: Qt 6 Widgets, Tahoma (Wine's metric-compatible one) and Arial's stand-in
     qt6-base-dev fonts-wine fonts-liberation2
     # the window's tests on a real X display, and checks of the installed desktop files
@@ -16,6 +18,8 @@ packages=(
     locales
     # tests and benchmarks
     libgtest-dev libgmock-dev libbenchmark-dev clang-format
+    # the ISO benchmark's yardstick
+    xorriso
 )
 # the real-kernel drive test bed
 mapfile -t testbed < <(grep -vE '^\s*(#|$)' "$(dirname "$0")/testbed/packages.txt" 2>/dev/null || true)

@@ -1,0 +1,36 @@
+// The disc-writing service seen through the few questions the program asks it. This interface
+// is the one seam over libburn and libisoburn: LibburnService.cpp alone includes their headers,
+// and tests script the states no drive here can produce.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace plattmix::authoring {
+
+enum class MediaState {
+    NoService,   // the library could not be started
+    NoRecorder,  // no drive at that address, or one that cannot write
+    NoDisc,
+    Blank,
+    Appendable,  // written, open for another session
+    Closed,      // written and closed, or a session that cannot be imported
+};
+
+struct MediaInfo {
+    MediaState state = MediaState::NoService;
+    int64_t totalSectors = 0;  // 2048-byte blocks the disc holds in all
+    int64_t freeBlocks = 0;    // blocks still free after the imported last session
+};
+
+class IBurnService {
+  public:
+    virtual ~IBurnService() = default;
+    // Drive addresses are drive nodes ("/dev/sr0") or libburn's pseudo-drives ("stdio:PATH").
+    virtual MediaInfo QueryMedia(const std::string& drive) = 0;
+};
+
+std::unique_ptr<IBurnService> MakeLibburnService();
+
+}  // namespace plattmix::authoring
