@@ -2,15 +2,18 @@
 
 #include <ostream>
 
+#include "CompilationCommand.h"
 #include "DriveCommands.h"
 #include "ImageList.h"
+#include "IsoCommand.h"
 #include "RipCommand.h"
 
 namespace plattmix::cli {
 
 ParseResult ParseCommandLine(const std::vector<std::string>& words) {
-    return ParseCliArgs(words, {"--drive", "--tracks", "--format", "--out", "--prefix", "--number"},
-                        {"--demo", "--number-first"});
+    return ParseCliArgs(
+        words, {"--drive", "--tracks", "--format", "--out", "--prefix", "--number", "--volume"},
+        {"--demo", "--number-first"});
 }
 
 void PrintUsage(std::ostream& out) {
@@ -24,6 +27,11 @@ void PrintUsage(std::ostream& out) {
            "                              Tracks rippen (Positionen wie in der Trackliste)\n"
            "  image list | add PFAD | add --demo | remove PFAD\n"
            "                              Disk-Images, die das Fenster ohne Laufwerk anbietet\n"
+           "  iso QUELLORDNER ZIEL.iso [--volume NAME]\n"
+           "                              ISO-Image eines Ordners erstellen\n"
+           "  compilation save LISTE PFAD... | load LISTE | size LISTE [--drive LAUFWERK]\n"
+           "                              Zusammenstellung als Listendatei speichern, laden, "
+           "messen\n"
            "\n"
            "LAUFWERK ist ein Laufwerk (/dev/sr0) oder ein Disk-Image (.cue, .iso).\n"
            "Ohne --drive: die optischen Laufwerke des Rechners, sonst die eingebaute Demo-Disk.\n";
@@ -38,6 +46,10 @@ int RunCommand(const CliArgs& args, std::ostream& out, std::ostream& err, bool t
         return RunImageCommand(args, out, err);
     if (args.command == "rip")
         return RunRipCommand(args, out, err, terminal);
+    if (args.command == "iso")
+        return RunIsoCommand(args, out, err, terminal);
+    if (args.command == "compilation")
+        return RunCompilationCommand(args, out, err);
     if (args.command == "drives" || args.command == "toc")
         return RunDriveCommand(args, out, err);
     err << "Unbekannter Befehl: " << args.command << '\n';
