@@ -50,11 +50,14 @@ void ListOrdnerDateien(std::string folder, const std::string& pattern, FolderLis
     AddSlash(folder);
     WalkFolder(folder, hooks, [&](FolderReader& reader, const dirent& entry) {
         const char* name = entry.d_name;
-        int64_t size = 0;
-        if (name[0] == '\0' || reader.Kind(entry) != EntryKind::File || !Matches(name, pattern) ||
-            !reader.Size(name, size))
+        if (name[0] == '\0' || !Matches(name, pattern))
             return;
-        AddFile(folder + name, size, listing);
+        const EntryKind kind = reader.Kind(entry);
+        int64_t size = 0;
+        if (kind == EntryKind::Link)
+            listing.ListLinks.push_back(folder + name);
+        else if (kind == EntryKind::File && reader.Size(name, size))
+            AddFile(folder + name, size, listing);
     });
 }
 
@@ -79,6 +82,7 @@ std::string ShowOrdnerInhalt(const std::string& folder, FolderListing& listing,
     ListUnterordner(folder, "*.*", listing, hooks);
     listing.ListFolders.shrink_to_fit();
     listing.ListFiles.shrink_to_fit();
+    listing.ListLinks.shrink_to_fit();
     return FormatGroesse(listing.ListTotal, format);
 }
 

@@ -1,5 +1,6 @@
 // The content of an ISO source folder: every file and sub-folder below it in two name tables,
-// with one running total. Files of each level come before its sub-folders, depth first.
+// with one running total, and the symbolic links met on the way. Files of each level come before
+// its sub-folders, depth first.
 #pragma once
 
 #include <cstdint>
@@ -19,11 +20,15 @@ struct FolderListing {
     int64_t ListTotal = 0;
     std::vector<std::string> ListFolders;  // full paths, no trailing "/"
     std::vector<std::string> ListFiles;    // full paths
+    // Full paths of the symbolic links of every level, to files and folders alike (dangling ones
+    // too); never followed, not in ListFiles and not counted in ListTotal.
+    std::vector<std::string> ListLinks;
     bool ListHasLargeFile = false;
 };
 
 // Adds the files of folder (not of its sub-folders) whose names match pattern to ListFiles and
-// their sizes to ListTotal. Symbolic links are left out. Stops when Escape is pressed.
+// their sizes to ListTotal, and its symbolic links whose names match to ListLinks. Stops when
+// Escape is pressed.
 void ListOrdnerDateien(std::string folder, const std::string& pattern, FolderListing& listing,
                        const ScanHooks& hooks);
 

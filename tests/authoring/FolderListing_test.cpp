@@ -41,10 +41,15 @@ TEST_F(FolderListingTest, FilesOfEachLevelBeforeItsSubFoldersDepthFirst) {
     MakeFile(root / "c" / "f4", 5000);
     fs::create_directory_symlink(root / "a", root / "a-link");
     fs::create_symlink(root / "f1", root / "f1-link");
+    fs::create_symlink("nowhere", root / "a" / "b" / "dangling");
 
     EXPECT_EQ(Show(), "6 KB");  // 6234 bytes
     EXPECT_EQ(listing.ListTotal, 6234);
-    // "a" and "c" come in the order the folder is read; the links are left out.
+    // The links are listed apart, neither followed nor counted.
+    Names links = listing.ListLinks;
+    std::sort(links.begin(), links.end());
+    EXPECT_EQ(links, (Names{base + "a-link", base + "a/b/dangling", base + "f1-link"}));
+    // "a" and "c" come in the order the folder is read; the links are no files or folders.
     const bool aFirst = IndexOf(test::ReadOrder(root), "a") < IndexOf(test::ReadOrder(root), "c");
     const Names a = {base + "a/f2", base + "a/b/f3"}, c = {base + "c/f4"};
     Names files = {base + "f1"};
@@ -73,6 +78,12 @@ TEST_F(FolderListingTest, LargeFileFromTwoGiBOnEscapeAndPatterns) {
     ListOrdnerDateien(base, "*.txt", listing, {});
     ListOrdnerDateien(base, "b*", listing, {});
     EXPECT_EQ(listing.ListFiles, Names{base + "big"});
+    fs::create_symlink("big", root / "big-link");
+    listing = FolderListing{};
+    ListOrdnerDateien(base, "*.txt", listing, {});
+    EXPECT_TRUE(listing.ListLinks.empty());
+    ListOrdnerDateien(base, "big*", listing, {});
+    EXPECT_EQ(listing.ListLinks, Names{base + "big-link"});
 }
 
 }  // namespace

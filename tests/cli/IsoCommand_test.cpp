@@ -1,0 +1,92 @@
+// plattmix-cli iso: a folder into an image file, read back; usage errors and bad input.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "Commands.h"
+#include "IsoImage.h"
+#include "IsoTreeReader.h"
+#include "common/ScratchFolder.h"
+
+using namespace plattmix;
+using namespace plattmix::cli;
+namespace fs = std::filesystem;
+
+namespace {
+
+struct CliRun {
+    int code;
+    std::string out, err;
+};
+
+CliRun RunIso(std::vector<std::string> words, bool terminal = false) {
+    words.insert(words.begin(), "iso");
+    std::ostringstream out, err;
+    const ParseResult parsed = ParseCommandLine(words);
+    if (!parsed.args)
+        return {kExitUsage, "", parsed.error};
+    const int code = RunCommand(*parsed.args, out, err, terminal);
+    return {code, out.str(), err.str()};
+}
+
+}  // namespace
+
+TEST(IsoCommand, FolderBecomesImage) {
+    const fs::path folder = plattmix::test::ScratchFolder();
+    fs::create_directories(folder / "quelle" / "leer");
+    std::ofstream(folder / "quelle" / "Größe.txt") << "Inhalt";
+    fs::create_symlink("Größe.txt", folder / "quelle" / "verweis");
+    const std::string image = (folder / "bild.iso").string();
+
+    const CliRun run = RunIso({(folder / "quelle").string(), image, "--volume", "Sicherung"});
+    EXPECT_EQ(run.code, kExitDone) << run.err;
+    EXPECT_NE(run.out.find("Fertig\n"), std::string::npos) << run.out;
+    EXPECT_EQ(run.out.find('\r'), std::string::npos);  // no bar outside a terminal
+
+    const authoring::IsoTreeReader reader(image);
+    ASSERT_TRUE(reader.ok()) << reader.error();
+    EXPECT_EQ(reader.VolumeId(), "Sicherung");
+    ASSERT_NE(reader.Find("leer"), nullptr);
+    ASSERT_NE(reader.Find("Größe.txt"), nullptr);
+    EXPECT_EQ(reader.Find("Größe.txt")->size, 6);
+    ASSERT_NE(reader.Find("verweis"), nullptr);
+    EXPECT_EQ(reader.Find("verweis")->linkTarget, "Größe.txt");
+
+    // On a terminal the bar runs up to 100 % before the outcome.
+    const CliRun bar = RunIso({(folder / "quelle").string(), image}, true);
+    EXPECT_EQ(bar.code, kExitDone);
+    EXPECT_NE(bar.out.find("100%"), std::string::npos) << bar.out;
+}
+
+TEST(IsoCommand, UsageErrorsAndBadInput) {
+    const fs::path folder = plattmix::test::ScratchFolder();
+    fs::create_directories(folder / "nur-ordner" / "a");
+    const std::string image = (folder / "bild.iso").string();
+
+    for (const auto& words : std::vector<std::vector<std::string>>{
+             {}, {"quelle"}, {"quelle", "a.iso", "b.iso"}, {"quelle", "a.iso", "--drive", "x"}}) {
+        const CliRun run = RunIso(words);
+        EXPECT_EQ(run.code, kExitUsage);
+        EXPECT_NE(run.err.find("Aufruf: plattmix-cli iso"), std::string::npos) << run.err;
+    }
+
+    const CliRun missing = RunIso({(folder / "nicht-da").string(), image});
+    EXPECT_EQ(missing.code, kExitFailed);
+    EXPECT_NE(missing.err.find("nicht-da"), std::string::npos);
+
+    // Folders without files: the message names the source, nothing is written.
+    const std::string empty = (folder / "nur-ordner").string();
+    const CliRun none = RunIso({empty, image});
+    EXPECT_EQ(none.code, kExitFailed);
+    EXPECT_NE(none.err.find(authoring::NoFilesMessage(empty)), std::string::npos) << none.err;
+    EXPECT_FALSE(fs::exists(image));
+
+    // A target that cannot be written: the outcome and the reason.
+    std::ofstream(folder / "nur-ordner" / "datei") << "x";
+    const CliRun unwritable = RunIso({empty, (folder / "kein" / "ordner.iso").string()});
+    EXPECT_EQ(unwritable.code, kExitFailed);
+    EXPECT_NE(unwritable.out.find("Fehler!: "), std::string::npos) << unwritable.out;
+    EXPECT_NE(unwritable.out.find("ordner.iso"), std::string::npos) << unwritable.out;
+}
