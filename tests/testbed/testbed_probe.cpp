@@ -27,6 +27,7 @@
 #include "CommandLineChecks.h"
 #include "ProbeChannel.h"
 #include "ScsiStatus.h"
+#include "TreeChecks.h"
 #include "clsSPTI.h"
 #include "modMMC.h"
 #include "modMSF.h"
@@ -160,7 +161,9 @@ class Probe {
         Answer answer;
         for (int attempt = 0; attempt < 8 && !answer.Good(); ++attempt) {
             answer = Tur(handle);
-            trace += (trace.empty() ? "" : ",") + answer.Text();
+            if (!trace.empty())
+                trace += ',';
+            trace += answer.Text();
         }
         return answer;
     }
@@ -543,10 +546,13 @@ int main(int argc, char** argv) {
         Probe probe(channel, report, data);
         probe.Run();
     } else {
-        // The other driver set-ups boot and list what the transport finds; their checks come
-        // with the features that need them.
+        // The other driver set-ups boot and list what the transport finds.
         scsi::clsSPTI spti;
         report.Info("variant", variant + " DriveCount " + std::to_string(spti.DriveCount()));
+        // With ISO 9660 at hand: the images the harness put into the drives, as the kernel
+        // mounts them, against the listings of their source trees.
+        if (variant == "mount")
+            testbed::CheckMountedTrees(report, data);
     }
     report.Done();
     return report.Failed() == 0 ? 0 : 1;

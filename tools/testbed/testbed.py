@@ -6,6 +6,10 @@ drives through the QEMU monitor (tray, medium). Exit status 0 only when every ch
 
 Variants choose the drivers the guest loads: drives (sr and sg), sg-only, no-driver, and mount
 (sr, sg, loop and isofs).
+
+--image puts a given image into drive 0 instead of the generated disc (a second --image goes
+into drive 1); --file copies a host file into the guest's /testbed folder under its own name,
+for the probe to compare against.
 """
 
 import argparse
@@ -109,7 +113,8 @@ def load_order(kernel: Path, wanted: list) -> list:
     return order
 
 
-def build_initramfs(kernel: Path, probe: Path, cli, work: Path, variant: str) -> Path:
+def build_initramfs(kernel: Path, probe: Path, cli, work: Path, variant: str,
+                    extra_files=(), with_discs=True) -> Path:
     modules, nodes = VARIANTS[variant]
     order = load_order(kernel, modules)
     archive = Cpio()
@@ -127,8 +132,11 @@ def build_initramfs(kernel: Path, probe: Path, cli, work: Path, variant: str) ->
     if cli:
         archive.file("testbed/plattmix-cli", cli.read_bytes(), 0o755)
     # The probe compares what the drives read with these copies.
-    for disc in DISCS:
-        archive.file(f"testbed/{disc}.iso", (work / f"{disc}.iso").read_bytes())
+    if with_discs:
+        for disc in DISCS:
+            archive.file(f"testbed/{disc}.iso", (work / f"{disc}.iso").read_bytes())
+    for extra in extra_files:
+        archive.file(f"testbed/{extra.name}", extra.read_bytes())
     path = work / "initramfs.gz"
     path.write_bytes(archive.finish())
     return path
@@ -268,7 +276,14 @@ def option_path(path: Path) -> str:
 
 
 def boot(args, kernel: Path, work: Path, deadline: float, log) -> Run:
-    initramfs = build_initramfs(kernel, args.probe, args.cli, work, args.variant)
+    initramfs = build_initramfs(kernel, args.probe, args.cli, work, args.variant, args.file,
+                                not args.image)
+    # Drive 0 holds disc A unless images were given; drive 1 is empty unless a second was.
+    images = args.image or [work / "disc-a.iso"]
+    drives = [f"if=ide,index={i},media=cdrom,format=raw,file={option_path(image.resolve())}"
+              for i, image in enumerate(images)]
+    if len(drives) == 1:
+        drives.append("if=ide,index=1,media=cdrom")
     # Socket paths are short-lived and must stay short (108 bytes), whatever the build folder.
     sockets = Path(tempfile.mkdtemp(prefix="plattmix-tb-"))
     control_server = listener(sockets / "control")
@@ -277,9 +292,8 @@ def boot(args, kernel: Path, work: Path, deadline: float, log) -> Run:
         args.qemu, "-nographic", "-no-reboot", "-m", str(args.memory), *accelerators(),
         "-kernel", str(kernel / "vmlinuz"), "-initrd", str(initramfs),
         "-append", "console=ttyS0 panic=-1 loglevel=4 scsi_mod.scan=sync",
-        # Drive 0 (the first channel's master) holds disc A; drive 1 (its slave) is empty.
-        "-drive", f"if=ide,index=0,media=cdrom,format=raw,file={option_path(work / 'disc-a.iso')}",
-        "-drive", "if=ide,index=1,media=cdrom",
+        # Drive 0 is the first channel's master, drive 1 its slave.
+        "-drive", drives[0], "-drive", drives[1],
         # ttyS0 is the guest console, ttyS1 the probe's control port.
         "-chardev", f"file,id=console,path={option_path(work / 'console.log')}",
         "-serial", "chardev:console",
@@ -333,7 +347,15 @@ def main() -> int:
     parser.add_argument("--timeout", type=float, default=300, help="seconds for the whole run")
     parser.add_argument("--memory", type=int, default=512)
     parser.add_argument("--qemu", default="qemu-system-x86_64")
+    parser.add_argument("--image", type=Path, action="append", default=[],
+                        help="an image for drive 0 instead of disc A; given twice, for drive 1")
+    parser.add_argument("--file", type=Path, action="append", default=[],
+                        help="a file for the guest's /testbed folder (repeatable)")
+    parser.add_argument("--expect-checks", action="store_true",
+                        help="fail when the probe reports no check at all")
     args = parser.parse_args()
+    if len(args.image) > 2:
+        parser.error("there are two drives: --image at most twice")
     deadline = time.monotonic() + args.timeout
     started = time.monotonic()
 
@@ -349,13 +371,17 @@ def main() -> int:
             raise TestbedError(f"{args.qemu} is not installed (package qemu-system-x86)")
         if not args.probe.is_file():
             raise TestbedError(f"probe {args.probe} not found")
+        for given in args.image + args.file:
+            if not given.is_file():
+                raise TestbedError(f"{given} not found")
         try:
             kernel = prepare.prepare(args.cache)
         except (prepare.PrepareError, OSError, StopIteration) as error:
             raise TestbedError(f"the kernel could not be prepared: {error}") from error
         print(f"kernel: {kernel}", file=log, flush=True)
-        for disc, (tag, sectors) in DISCS.items():
-            write_disc(work / f"{disc}.iso", tag, sectors)
+        if not args.image:
+            for disc, (tag, sectors) in DISCS.items():
+                write_disc(work / f"{disc}.iso", tag, sectors)
         result = boot(args, kernel, work, deadline, log)
     except (TestbedError, OSError) as error:
         print(f"TESTBED FAILED: {error}", file=log)
@@ -367,7 +393,7 @@ def main() -> int:
           f"{time.monotonic() - started:.0f} s; work folder {work}", file=log)
     for name, _, detail in failed:
         print(f"FAILED {name}: {detail}", file=log)
-    if failed or (args.variant == "drives" and not result.checks):
+    if failed or ((args.variant == "drives" or args.expect_checks) and not result.checks):
         print(f"guest console: {work / 'console.log'}", file=log)
         return 1
     if not args.work:
