@@ -91,8 +91,7 @@ IsoImageResult CreateIsoImage(const IsoImageParams& params, const FolderListing&
     const std::string volume = params.volumeName.empty() ? kDefaultVolumeName : params.volumeName;
     if (const int error = iso_image_new(volume.c_str(), &raw); error < 0)
         return Failed(LibraryText("Das Image kann nicht angelegt werden", error));
-    const IsoImagePtr image(raw);
-    iso_image_set_volume_id(image.get(), volume.c_str());
+    const IsoImagePtr image(raw);  // its name is the volume id
 
     auto faults = std::make_shared<IsoFileStreamFaults>();
     IsoTreeBuilder builder(*image, params.sourceFolder, faults);

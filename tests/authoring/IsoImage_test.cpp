@@ -37,6 +37,10 @@ struct Quirk {
     std::function<MadeTree(const fs::path&)> make;
 };
 
+void PrintTo(const Quirk& quirk, std::ostream* out) {
+    *out << quirk.name;
+}
+
 class IsoQuirkTree : public ::testing::TestWithParam<Quirk> {};
 
 // Rock Ridge shows the source exactly: folders (empty ones too), files with their bytes, modes
