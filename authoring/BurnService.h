@@ -29,8 +29,14 @@ class IBurnService {
     virtual ~IBurnService() = default;
     // Drive addresses are drive nodes ("/dev/sr0") or libburn's pseudo-drives ("stdio:PATH").
     virtual MediaInfo QueryMedia(const std::string& drive) = 0;
+    // What the library complained about during the last query, for logs and the command
+    // line; empty when it said nothing (or there is no library behind the service).
+    virtual std::string LastMessage() const { return {}; }
 };
 
+// The service over libburn and libisoburn. The libraries start with the first query and stay
+// until the process ends; drives are grabbed only for the time of a query, without exclusive
+// locking.
 std::unique_ptr<IBurnService> MakeLibburnService();
 
 }  // namespace plattmix::authoring

@@ -27,14 +27,21 @@ CompilationEntry MeasureEntry(const std::string& path, const ScanHooks& hooks);
 // The list file's text: every path followed by CR LF.
 std::string ListFileText(const std::vector<std::string>& paths);
 
-// Writes FF FE and then text as UTF-16LE (text is UTF-8). True when the text was written.
+// Writes FF FE and then text as UTF-16LE (text is UTF-8; characters beyond the BMP become
+// surrogate pairs) into fileName itself, nothing after it. True when the whole text was
+// written; on false the file may hold only part of it, and the caller has to say so.
 bool UnicodeFile_Write_WithBOM(const std::string& fileName, const std::string& text);
 
-// The paths of a list file, in order: the text is split at CR LF, empty pieces and paths that
-// do not exist are left out. A file that cannot be read gives no paths.
+// The lines of a list file, in order, read with UnicodeFile_Read (a file without the mark
+// loses its first character) and split at CR LF; a last line without CR LF counts, empty
+// pieces are left out. A file that cannot be read gives no lines.
+std::vector<std::string> ReadListFileLines(const std::string& fileName);
+
+// The lines of the list file that name something that exists.
 std::vector<std::string> ReadListFile(const std::string& fileName);
 
-// The sum the disc has to hold: every entry's bytes.
+// The sum the disc has to hold: every entry's bytes. A row that could not be read adds its -1,
+// as the sum shown is that of the sizes the rows show.
 int64_t CompilationBytes(const std::vector<CompilationEntry>& entries);
 
 }  // namespace plattmix::authoring

@@ -13,7 +13,7 @@ namespace plattmix::authoring {
 
 inline constexpr int64_t kDataBlockBytes = 2048;
 
-// Looks up an interface text by its German original.
+// Looks up an interface text by its German original; an empty function keeps the German text.
 using Translate = std::function<std::string(const std::string& german)>;
 
 // Free and total bytes: free = total on a blank disc; free = the imported session's free blocks
@@ -33,6 +33,9 @@ struct DiskUsageView {
     std::string label4;
     std::string label5;  // empty: left as it was
 };
+// With free space: "<percent> % der Disk belegt <used> / <capacity> MB", the three numbers
+// whole, their fractions cut off. No free space at all reads as no disc; a closed disc shows
+// the full bar.
 DiskUsageView ShowDiskUsage(const DiskInfo& info, int totalWidth, const Translate& tr);
 
 // What TotalSizeZusammenstellung leaves in the window.

@@ -1,0 +1,74 @@
+// The libburn service on pseudo-drives: regular files and paths behind "stdio:", as libburn and
+// libisoburn really see them.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "BurnService.h"
+#include "common/ScratchFolder.h"
+
+namespace plattmix::authoring {
+namespace {
+
+namespace fs = std::filesystem;
+
+class LibburnServiceTest : public ::testing::Test {
+  protected:
+    fs::path root = test::ScratchFolder("authoring");
+    std::unique_ptr<IBurnService> service = MakeLibburnService();
+
+    MediaInfo Query(const std::string& address) {
+        ::testing::internal::CaptureStderr();
+        const MediaInfo media = service->QueryMedia(address);
+        // The libraries' messages are collected, never printed.
+        EXPECT_EQ(::testing::internal::GetCapturedStderr(), "") << address;
+        return media;
+    }
+    MediaInfo QueryFile(const fs::path& file) { return Query("stdio:" + file.string()); }
+};
+
+TEST_F(LibburnServiceTest, MissingOrEmptyFileIsBlankWithTheFileSystemsSpace) {
+    const MediaInfo missing = QueryFile(root / "new.iso");
+    EXPECT_EQ(missing.state, MediaState::Blank);
+    EXPECT_GT(missing.totalSectors, 0);
+    EXPECT_EQ(missing.freeBlocks, missing.totalSectors);
+    EXPECT_FALSE(fs::exists(root / "new.iso"));  // a query writes nothing
+
+    std::ofstream(root / "empty.iso").close();
+    const MediaInfo empty = QueryFile(root / "empty.iso");
+    EXPECT_EQ(empty.state, MediaState::Blank);
+    EXPECT_GT(empty.totalSectors, 0);
+    EXPECT_EQ(empty.freeBlocks, empty.totalSectors);
+    EXPECT_EQ(fs::file_size(root / "empty.iso"), 0u);
+}
+
+TEST_F(LibburnServiceTest, WrittenFileThatHoldsNoIsoImageIsClosed) {
+    std::ofstream(root / "text.bin") << std::string(5000, 'x');
+    EXPECT_EQ(QueryFile(root / "text.bin").state, MediaState::Closed);
+}
+
+TEST_F(LibburnServiceTest, AddressesWithoutAWritableDriveAreNoRecorder) {
+    EXPECT_EQ(QueryFile(root / "no" / "such" / "folder" / "x.iso").state, MediaState::NoRecorder);
+    EXPECT_NE(service->LastMessage(), "");  // the library said why
+    EXPECT_EQ(Query("/dev/nonexistent").state, MediaState::NoRecorder);
+    EXPECT_NE(service->LastMessage(), "");
+    EXPECT_EQ(Query("stdio:").state, MediaState::NoRecorder);  // libburn's null drive
+    EXPECT_EQ(QueryFile(root).state, MediaState::NoRecorder);  // a folder
+
+    // The failures leave nothing behind: a good address still works.
+    EXPECT_EQ(QueryFile(root / "new.iso").state, MediaState::Blank);
+}
+
+TEST_F(LibburnServiceTest, ReadOnlyFileIsNoRecorder) {
+    if (::geteuid() == 0)
+        GTEST_SKIP() << "root may write any file";
+    std::ofstream(root / "locked.iso").close();
+    fs::permissions(root / "locked.iso", fs::perms::owner_read);
+    EXPECT_EQ(QueryFile(root / "locked.iso").state, MediaState::NoRecorder);
+}
+
+}  // namespace
+}  // namespace plattmix::authoring
