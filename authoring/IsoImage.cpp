@@ -25,9 +25,10 @@ std::string LibraryText(const std::string& what, int code) {
 // Rock Ridge carries the real names, modes, owners, times and links. The relaxations keep deep
 // and long trees whole in every directory tree instead of relocating or cutting them:
 // - ISO 9660: deeper than 8 levels, paths longer than 255 characters;
-// - Joliet: names of up to 103 characters instead of 64 (longer ones are cut to 103 and made
-//   unique), paths longer than 240 characters, UTF-16 so names outside the basic plane (emoji)
-//   survive instead of becoming "_";
+// - Joliet: names of up to 103 characters (the extension's dot not counted) instead of 64;
+//   longer ones are cut, keep their extension and get a digit where cut names would clash;
+//   paths longer than 240 characters; UTF-16, so names outside the basic plane (emoji) survive
+//   instead of becoming "_". Joliet has no links: Windows sees the files and folders only;
 // - the volume name as given, mixed case included.
 // All directory trees carry the files' modification times instead of the time of writing.
 IsoWriteOptsPtr MakeWriteOptions(int fileSystems, int& error) {
