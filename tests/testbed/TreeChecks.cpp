@@ -233,6 +233,9 @@ void AddGroup(TreeComparison& result, const std::string& group) {
         result.groups.push_back(group);
 }
 
+// Bytes a name cut for Joliet keeps at least from its start.
+constexpr int kCutNameKeeps = 32;
+
 int CommonPrefix(const std::string& a, const std::string& b) {
     const auto end = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
     return static_cast<int>(end.first - a.begin());
@@ -265,7 +268,7 @@ class JolietMatcher {
         std::vector<const TreeEntry*> renamed;
         for (const TreeEntry* entry : listed) {
             const std::string name = BaseName(entry->path);
-            if (!JolietKeepsName(name)) {
+            if (!JolietKeepsName(name, entry->kind == 'D')) {
                 renamed.push_back(entry);
                 continue;
             }
@@ -309,11 +312,15 @@ class JolietMatcher {
             }
             const Node& node = *shown[static_cast<size_t>(best)];
             used[static_cast<size_t>(best)] = true;
-            const int units = Utf16Units(node.name);
+            const int units = JolietNameUnits(node.name, node.kind == 'D');
             if (units > kJolietNameUnits)
                 Problem(group, name,
                         entry->path + " appears as " + node.path + ", " + std::to_string(units) +
                             " characters long");
+            // A name cut for its length keeps its beginning, so the user still recognises it.
+            if (JolietNameUnits(name, entry->kind == 'D') > kJolietNameUnits &&
+                CommonPrefix(node.name, name) < kCutNameKeeps)
+                Problem(group, name, entry->path + " appears as " + node.path);
             Pair(*entry, node, group.empty() ? name : group);
         }
         for (size_t i = 0; i < shown.size(); ++i) {
@@ -491,8 +498,13 @@ int Utf16Units(std::string_view utf8) {
     return units;
 }
 
-bool JolietKeepsName(std::string_view name) {
-    if (name.empty() || name.back() == '.' || Utf16Units(name) > kJolietNameUnits)
+int JolietNameUnits(std::string_view name, bool folder) {
+    const bool extension = !folder && name.find('.') != std::string_view::npos;
+    return Utf16Units(name) - (extension ? 1 : 0);
+}
+
+bool JolietKeepsName(std::string_view name, bool folder) {
+    if (name.empty() || name.back() == '.' || JolietNameUnits(name, folder) > kJolietNameUnits)
         return false;
     for (const char c : name) {
         const auto byte = static_cast<unsigned char>(c);

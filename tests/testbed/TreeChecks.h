@@ -38,11 +38,14 @@ struct TreeEntry {
 std::vector<TreeEntry> ParseTreeListing(std::string_view text, std::string& error);
 
 // Joliet as the program writes it keeps a name as it is when it has at most this many UTF-16
-// units (the long form readers accept; strict Joliet stops at 64), has no control character
-// and none of * / : ; ? \, and does not end in a dot (the kernel drops trailing dots when it
-// reads Joliet names). Characters beyond the 16-bit plane count twice and are kept.
+// units (the long form readers accept; strict Joliet stops at 64), a file's name not counting
+// the dot before its extension; when it has no control character and none of * / : ; ? \;
+// and when it does not end in a dot (the kernel drops trailing dots when it reads Joliet
+// names). Characters beyond the 16-bit plane count twice and are kept.
 inline constexpr int kJolietNameUnits = 103;
-bool JolietKeepsName(std::string_view name);
+// A name's length as the limit counts it.
+int JolietNameUnits(std::string_view name, bool folder);
+bool JolietKeepsName(std::string_view name, bool folder);
 int Utf16Units(std::string_view utf8);
 
 // One problem found while comparing, filed under the first name of its path.
@@ -66,7 +69,7 @@ TreeComparison CompareRockRidge(const std::vector<TreeEntry>& expected, const st
 TreeComparison CompareJoliet(const std::vector<TreeEntry>& expected, const std::string& root);
 
 // For each drive whose listing is in data: mounts it read-only, compares both views and reports
-// one check per first-level name and view ("sr0.rock.deep-folders").
+// one check per first-level name and view ("sr0.rock.tief").
 void CheckMountedTrees(Report& report, const std::string& data);
 
 }  // namespace plattmix::testbed
