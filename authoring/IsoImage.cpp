@@ -16,8 +16,8 @@ IsoImageResult Failed(std::string detail) {
     return {IsoOutcome::Failed, std::move(detail), 0};
 }
 
-std::string LibraryText(const std::string& what, int code) {
-    const std::string message = IsofsLibrary::TakeMessages();
+std::string LibraryText(const std::string& what, int code, int imageId = -1) {
+    const std::string message = IsofsLibrary::TakeMessages(imageId);
     return what + ": " + (message.empty() ? iso_error_to_msg(code) : message);
 }
 
@@ -86,7 +86,6 @@ IsoImageResult CreateIsoImage(const IsoImageParams& params, const FolderListing&
     const IsofsLibrary library;
     if (!library.ok())
         return Failed("libisofs lässt sich nicht starten.");
-    IsofsLibrary::TakeMessages();  // what earlier jobs left
 
     IsoImage* raw = nullptr;
     const std::string volume = params.volumeName.empty() ? kDefaultVolumeName : params.volumeName;
@@ -109,7 +108,8 @@ IsoImageResult CreateIsoImage(const IsoImageParams& params, const FolderListing&
     BurnSourceOwner source;
     if (const int created = iso_image_create_burn_source(image.get(), opts.get(), source.Out());
         created < 0)
-        return Failed(LibraryText("Das Image kann nicht erzeugt werden", created));
+        return Failed(LibraryText("Das Image kann nicht erzeugt werden", created,
+                                  iso_image_get_msg_id(image.get())));
     return CopyIsoImage(source, params.outputPath, hooks, *faults);
 }
 

@@ -7,6 +7,7 @@
 #define LIBISOFS_WITHOUT_LIBBURN 1
 #endif
 #include <libisofs/libisofs.h>
+#include <cstdint>  // libisofs.h uses the fixed-width types without including them
 
 #include <cstdlib>
 #include <memory>
