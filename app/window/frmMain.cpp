@@ -54,7 +54,7 @@ const char* const kTextNoAudioCd = "Keine Audio CD im Laufwerk ---> Button Aktua
 }  // namespace
 
 WindowOptions DefaultWindowOptions() {
-    return {shell::LanguagesFolder(), CreatePassThroughTransport, CreateFallbackTransport};
+    return {shell::LanguagesFolder(), CreatePassThroughTransport, CreateFallbackTransport, {}, {}};
 }
 
 frmMain::frmMain(shell::SettingsPaths paths, WindowOptions options, QWidget* parent)
@@ -187,10 +187,16 @@ void frmMain::cboDrv_Click() {
         return;
     auto index = static_cast<int16_t>(cboDrv->currentData().toInt());
     const std::string handle = transport_->DriveHandle(index);
-    ShowTrackList(handle);
-    driveRoot_ = DriveRootOf(handle);
-    if (currentPage_ == kPageRip)
+    driveRoot_ = options_.driveRoot ? options_.driveRoot(handle) : DriveRootOf(handle);
+    // The list view shows the track list on the ripping page only; the other pages keep their
+    // own rows in it.
+    if (currentPage_ == kPageRip) {
+        ShowTrackList(handle);
         ShowRipPage();
+    } else if (currentPage_ == kPageBurn && !isLoading) {
+        DrawDiscUsage();
+        TotalSizeZusammenstellung();
+    }
 }
 
 void frmMain::ShowTrackList(const std::string& handle) {
@@ -308,16 +314,6 @@ void frmMain::ReopenPlayer() {}
 
 void frmMain::UpdateTrayCaption() {
     // Command4's caption follows the tray state once the drive's tray can be asked.
-}
-
-void frmMain::DrawDiscUsage() {}
-
-void frmMain::TotalSizeZusammenstellung() {}
-
-bool frmMain::CreateIsoImageJob(const std::string& /*prefix*/,
-                                const std::string& /*targetFolder*/) {
-    // The image of a data disc or a folder comes with the image work; nothing runs yet.
-    return false;
 }
 
 void frmMain::StartBurnJob() {

@@ -5,9 +5,13 @@
 
 #include <QMainWindow>
 #include <array>
+#include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
+#include "BurnService.h"
+#include "FolderListing.h"
 #include "ISCSI.h"
 #include "TransportSelection.h"
 #include "modLanguage.h"
@@ -25,6 +29,7 @@ class QProgressBar;
 class QPushButton;
 class QRadioButton;
 class QTimer;
+class QTreeWidgetItem;
 
 namespace plattmix::window {
 
@@ -36,6 +41,10 @@ struct WindowOptions {
     std::string languagesFolder;  // ends in "/"
     scsi::TransportFactory firstTransport;
     scsi::TransportFactory fallbackTransport;
+    // The disc-writing service behind the burning page; empty means libburn.
+    std::function<std::unique_ptr<authoring::IBurnService>()> burnService;
+    // Where a drive's disc is mounted; empty means the kernel's mount table.
+    std::function<std::string(const std::string& handle)> driveRoot;
 };
 WindowOptions DefaultWindowOptions();
 
@@ -62,6 +71,12 @@ class frmMain final : public QMainWindow {
     bool Abbort = false;
     bool isLoading = true;
     bool IsDataCD = false;
+
+    // The disc in the burning page's drive, as the last refresh found it (MB; 0 no disc, -1 a
+    // closed one), and whether the drive is being asked right now.
+    double DiskCapacity = 0;
+    double DiskUsed = 0;
+    bool DiskBusy = false;
 
     // The controls.
     TabStrip* TabStrip1 = nullptr;
@@ -130,7 +145,12 @@ class frmMain final : public QMainWindow {
     void Command3_Click();
     void Command7_Click();
     void Command8_Click();
+    void Command9_Click();
+    void Command10_Click();
+    void Command11_Click();
+    void Command12_Click();
     void Command13_Click();
+    void Command14_Click();
     void cmdOpen_Click();
     void mnuSave_Click();
     void ComboBox2_Click(int index);
@@ -187,6 +207,7 @@ class frmMain final : public QMainWindow {
     void SetRowChecked(int row, bool checked);
     int MarkedRow() const;
     void AddSourceRow();
+    void SwapPageRows(int leaving, int entering);
 
     // The Start command (frmMainRip.cpp).
     void StartRipOrIso();
@@ -195,15 +216,28 @@ class frmMain final : public QMainWindow {
     void EndStep();
     std::string SelectedDriveHandle() const;
 
+    // The image of a folder or of the mounted data disc (frmMainIso.cpp). Answers whether the
+    // Start command's end step is due.
+    bool CreateIsoImageJob(const std::string& prefix, const std::string& targetFolder);
+    std::string IsoSource() const;
+    void ShowNoSourceMessage();
+    void ShowSourceSize();
+    void ShowListingTotal(const QString& total);
+
+    // The compilation and the disc's capacity (frmMainCompilation.cpp, frmMainUsage.cpp).
+    void AddCompilationRow(const std::string& path);
+    void ShowCompilationButtons();
+    void SaveTextOrdner(const QString& fileName);
+    void LoadTextOrdner(const QString& fileName);
+    void DrawDiscUsage();
+    int64_t TotalSizeZusammenstellung();
+    std::string BurnDriveAddress() const;
+    int BarWidth() const;
+
     // Parts of the window that come with later work and do nothing yet.
     void StopPlayer();
     void ReopenPlayer();
     void UpdateTrayCaption();
-    void DrawDiscUsage();
-    void TotalSizeZusammenstellung();
-    void ShowSourceSize();
-    // The Start command's image and burning jobs. CreateIsoImageJob answers whether a job ran.
-    bool CreateIsoImageJob(const std::string& prefix, const std::string& targetFolder);
     void StartBurnJob();
 
     shell::SettingsPaths paths_;
@@ -211,6 +245,9 @@ class frmMain final : public QMainWindow {
     shell::LanguageTexts lang_;
     std::unique_ptr<scsi::ISCSI> transport_;
     std::string driveRoot_;
+    authoring::FolderListing listing_;  // the ISO source, as Command7 or Start listed it
+    std::vector<QTreeWidgetItem*> compilationRows_;  // kept while another page shows its rows
+    std::unique_ptr<authoring::IBurnService> burnService_;
     int currentPage_ = kPageRip;
     bool unloaded_ = false;
     bool playing_ = false;

@@ -60,8 +60,4 @@ void frmMain::Command8_Click() {
     // Erasing a rewritable disc comes with the burning work.
 }
 
-void frmMain::Command13_Click() {
-    // Saving the compilation comes with the compilation work.
-}
-
 }  // namespace plattmix::window

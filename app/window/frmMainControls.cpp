@@ -311,7 +311,17 @@ void frmMain::ConnectHandlers() {
     connect(Command3, &QPushButton::clicked, this, &frmMain::Command3_Click);
     connect(Command7, &QPushButton::clicked, this, &frmMain::Command7_Click);
     connect(Command8, &QPushButton::clicked, this, &frmMain::Command8_Click);
+    connect(Command9, &QPushButton::clicked, this, &frmMain::Command9_Click);
+    connect(Command10, &QPushButton::clicked, this, &frmMain::Command10_Click);
+    connect(Command11, &QPushButton::clicked, this, &frmMain::Command11_Click);
+    connect(Command12, &QPushButton::clicked, this, &frmMain::Command12_Click);
     connect(Command13, &QPushButton::clicked, this, &frmMain::Command13_Click);
+    connect(Command14, &QPushButton::clicked, this, &frmMain::Command14_Click);
+    // A compilation row's check mark changed: the total is held against the disc again.
+    connect(ExplorerListView1, &QTreeWidget::itemChanged, this, [this] {
+        if (currentPage_ == kPageBurn && !isLoading)
+            TotalSizeZusammenstellung();
+    });
     connect(cmdOpen, &QPushButton::clicked, this, &frmMain::cmdOpen_Click);
     connect(mnuSave, &QAction::triggered, this, &frmMain::mnuSave_Click);
     connect(ComboBox2, &QComboBox::activated, this, &frmMain::ComboBox2_Click);

@@ -1,18 +1,43 @@
-// The ISO page: an image file made from a folder.
+// The ISO page: an image file made from a folder, and the same job for the mounted data disc on
+// the ripping page.
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFileInfo>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
 
+#include "CompilationList.h"
 #include "Dialogs.h"
+#include "IsoImage.h"
+#include "KeyState.h"
+#include "MsgBox.h"
 #include "PageControls.h"
+#include "SizeFormat.h"
 #include "TrackListView.h"
 #include "frmMain.h"
+#include "modPaths.h"
 
 namespace plattmix::window {
+
+namespace {
+
+constexpr int kSizeColumn = 1;
+constexpr int kBytesColumn = 2;
+constexpr int kResultColumn = 5;
+
+QString Q(const std::string& text) {
+    return QString::fromStdString(text);
+}
+
+authoring::ScanHooks WindowScanHooks() {
+    return {EscapeHook(), YieldHook()};
+}
+
+}  // namespace
 
 void frmMain::ShowIsoPage() {
     SetShown({Text2, Command7, OptFormat, Text1, ComboBox2, Command15[0], Command15[1]}, true);
@@ -26,7 +51,7 @@ void frmMain::ShowIsoPage() {
     ComboBox1->setEnabled(true);
     ComboBox1->lineEdit()->setPlaceholderText(Tr(QStringLiteral("Bitte Zielpfad auswählen --->")));
     if (Text2->text().isEmpty())
-        Text2->setText(QString::fromStdString(DriveRoot()));
+        Text2->setText(Q(DriveRoot()));
     AddSourceRow();
     ShowSourceSize();
 }
@@ -35,21 +60,119 @@ void frmMain::ShowIsoPage() {
 void frmMain::AddSourceRow() {
     if (ExplorerListView1->topLevelItemCount() == 0) {
         auto* item = new QTreeWidgetItem(ExplorerListView1);
-        item->setText(0, Text2->text());
         item->setData(0, Qt::UserRole, 2);
     }
+    ExplorerListView1->topLevelItem(0)->setText(0, Text2->text());
     SetRowChecked(0, true);
+}
+
+// The rows of the page being left are put aside (the compilation) or dropped (the track list
+// and the source row are made anew), and the page being entered gets its own back.
+void frmMain::SwapPageRows(int leaving, int entering) {
+    if (leaving == entering)
+        return;
+    if (leaving == kPageBurn) {
+        compilationRows_.clear();
+        while (ExplorerListView1->topLevelItemCount() > 0)
+            compilationRows_.push_back(ExplorerListView1->takeTopLevelItem(0));
+    }
+    ExplorerListView1->clear();
+    if (entering == kPageBurn) {
+        for (QTreeWidgetItem* row : compilationRows_)
+            ExplorerListView1->addTopLevelItem(row);
+        compilationRows_.clear();
+    }
 }
 
 void frmMain::Command7_Click() {
     const QString folder = BrowseForFolder(
-        this, QStringLiteral("Ordner von dem ein ISO-Image erstellt werden soll"), Text2->text());
-    if (!folder.isEmpty())
-        Text2->setText(folder);
+        this, QStringLiteral("Ordner auswählen, von dem ein ISO Image erstellt werden soll"),
+        Text2->text());
+    if (folder.isEmpty())
+        return;
+    Text2->setText(folder);
+    AddSourceRow();
+    PlaceBusyPicture();
+    Picture1->show();
+    YieldHook()();
+    ShowListingTotal(
+        Q(authoring::ShowOrdnerInhalt(folder.toStdString(), listing_, WindowScanHooks())));
+    Picture1->hide();
 }
 
+void frmMain::ShowListingTotal(const QString& total) {
+    if (QTreeWidgetItem* row = ExplorerListView1->topLevelItem(0))
+        row->setText(kSizeColumn, total);
+}
+
+// The source folder's size as the compilation measures folders.
 void frmMain::ShowSourceSize() {
-    // The source folder's size is shown once the compilation can measure folders.
+    QTreeWidgetItem* row = ExplorerListView1->topLevelItem(0);
+    if (row == nullptr || !QFileInfo(Text2->text()).isDir())
+        return;
+    const auto entry = authoring::MeasureEntry(Text2->text().toStdString(), WindowScanHooks());
+    row->setText(kSizeColumn, Q(authoring::FormatGroesse(entry.bytes)));
+    row->setText(kBytesColumn, QString::number(entry.bytes));
+}
+
+void frmMain::ShowNoSourceMessage() {
+    MsgBox(this, QStringLiteral("Bitte einen gültigen Quell-Pfad eingeben"),
+           MsgBoxStyle::Exclamation);
+}
+
+// The folder the image shows: the ISO page's source, or the data disc's mount point.
+std::string frmMain::IsoSource() const {
+    if (currentPage_ == kPageIso)
+        return Text2->text().toStdString();
+    return DriveRoot();
+}
+
+bool frmMain::CreateIsoImageJob(const std::string& prefix, const std::string& targetFolder) {
+    const std::string source = IsoSource();
+    if (source.empty() || !QFileInfo(Q(source)).isDir()) {
+        // A data disc that the desktop has not mounted has no files to read.
+        ShowNoSourceMessage();
+        return true;
+    }
+    isBusy = true;
+    QTreeWidgetItem* first = ExplorerListView1->topLevelItem(0);
+    if (first == nullptr || first->checkState(0) != Qt::Checked) {
+        MsgBox(this, QStringLiteral("Bitte Tracks auswählen durch anhaken!"),
+               MsgBoxStyle::Information);
+        return true;
+    }
+    first->setText(kResultColumn, Tr(QStringLiteral("Schreibe...")));
+    YieldHook()();
+    authoring::ShowOrdnerInhalt(source, listing_, WindowScanHooks());
+
+    authoring::IsoImageParams params;
+    params.sourceFolder = source;
+    params.volumeName = Text3->text().toStdString();
+    params.outputPath = targetFolder + prefix + ".iso";
+    authoring::IsoJobHooks hooks;
+    hooks.scan = WindowScanHooks();
+    hooks.progress = [this](int percent) { ProgressBar1->setValue(percent); };
+    hooks.cancelled = [this] { return Abbort; };
+
+    PlaceBusyPicture();
+    Picture1->show();
+    ProgressBar1->setMaximum(100);
+    const auto result = authoring::CreateIsoImage(params, listing_, hooks);
+    Picture1->hide();
+    // The list may have been read anew while the job let the window work.
+    first = ExplorerListView1->topLevelItem(0);
+    if (result.outcome == authoring::IsoOutcome::NoFiles) {
+        if (first != nullptr)
+            first->setText(kResultColumn, QString());
+        MsgBox(this, Q(authoring::NoFilesMessage(source)), MsgBoxStyle::Exclamation);
+        return true;
+    }
+    if (first != nullptr)
+        first->setText(kResultColumn, Tr(QString::fromUtf8(IsoStatusText(result.outcome))));
+    // An image that was not finished keeps the window open even when Check1 asks to close it.
+    if (result.outcome != authoring::IsoOutcome::Done)
+        Abbort = true;
+    return true;
 }
 
 }  // namespace plattmix::window

@@ -3,6 +3,7 @@
 // Start command that checks the input and rips the checked tracks.
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFileInfo>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -63,6 +64,7 @@ void frmMain::TabStrip1_Click(int index) {
         MsgBox(this, QStringLiteral("Wollen sie die Zusammenstellung vorher noch speichern?"),
                MsgBoxStyle::QuestionYesNo) == vbYes)
         Command13->click();
+    SwapPageRows(currentPage_, index);
     currentPage_ = index;
     ShowPage(index);
     Timer2->start();
@@ -210,8 +212,13 @@ void frmMain::StartRipOrIso() {
         return;
     }
     FirstChecked first = FindFirstChecked(*ExplorerListView1);
-    if (currentPage_ == kPageIso)
+    if (currentPage_ == kPageIso) {
+        if (!QFileInfo(Text2->text()).isDir()) {
+            ShowNoSourceMessage();
+            return;
+        }
         first.kind = kJobData;
+    }
     if (first.kind != kJobAudio && first.kind != kJobData && !first.found) {
         if (!AskToCheckAllRows())
             return;
