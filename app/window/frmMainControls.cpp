@@ -317,6 +317,11 @@ void frmMain::ConnectHandlers() {
     connect(Command12, &QPushButton::clicked, this, &frmMain::Command12_Click);
     connect(Command13, &QPushButton::clicked, this, &frmMain::Command13_Click);
     connect(Command14, &QPushButton::clicked, this, &frmMain::Command14_Click);
+    // A double click on a compilation row toggles its check mark, as a click on the box does.
+    connect(ExplorerListView1, &QTreeWidget::itemDoubleClicked, this, [this](QTreeWidgetItem* row) {
+        if (currentPage_ == kPageBurn && row != nullptr)
+            row->setCheckState(0, row->checkState(0) == Qt::Checked ? Qt::Unchecked : Qt::Checked);
+    });
     // A compilation row's check mark changed: the total is held against the disc again.
     connect(ExplorerListView1, &QTreeWidget::itemChanged, this, [this] {
         if (currentPage_ == kPageBurn && !isLoading)

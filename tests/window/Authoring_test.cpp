@@ -171,6 +171,10 @@ TEST_F(AuthoringPerson, TheCompilationGrowsShrinksAndRoundTripsThroughItsListFil
     EXPECT_EQ(Row(2)->text(0), files[2]);
     EXPECT_EQ(Row(3)->text(2), QStringLiteral("8000"));
     EXPECT_EQ(dialogs.requests[0].title, QStringLiteral("Dateien brennen"));
+    window->ExplorerListView1->itemDoubleClicked(Row(0), 0);
+    EXPECT_EQ(Row(0)->checkState(0), Qt::Unchecked);
+    window->ExplorerListView1->itemDoubleClicked(Row(0), 0);
+    EXPECT_EQ(Row(0)->checkState(0), Qt::Checked);
 
     // Removing rows 1 and 2 selects what moved into row 1, so the next press goes on.
     Row(1)->setSelected(true);
