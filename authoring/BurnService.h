@@ -36,7 +36,9 @@ class IBurnService {
 
 // The service over libburn and libisoburn. The libraries start with the first query and stay
 // until the process ends; drives are grabbed only for the time of a query, without exclusive
-// locking.
+// locking. A "stdio:" file holding an ISO image is appendable (sessions grow at its end), one
+// holding anything else is closed; a new or empty file is blank with the space its file system
+// has left. A folder, a read-only file and a drive that cannot write are no recorder.
 std::unique_ptr<IBurnService> MakeLibburnService();
 
 }  // namespace plattmix::authoring

@@ -12,13 +12,15 @@
 #include <string>
 #include <string_view>
 
-// libisoburn's declarations name libisofs's image type, so libisofs comes first.
+// libisoburn's declarations name libisofs's image type as well.
 #include <libburn/libburn.h>
 #include <libisofs/libisofs.h>
 // In C++ libburn declares its API in namespace burn, while libisoburn names libburn's structs
 // unqualified: they have to be found from the global namespace.
 using namespace burn;
 #include <libisoburn/libisoburn.h>
+
+#include "IsofsLibrary.h"
 
 namespace plattmix::authoring {
 
@@ -29,6 +31,7 @@ char kAll[] = "ALL";
 char kSorry[] = "SORRY";
 char kNever[] = "NEVER";
 char kPrefix[] = "libburn: ";
+char kIsofsPrefix[] = "libisofs: ";
 
 constexpr int64_t kBlockBytes = 2048;
 constexpr std::string_view kStdioPrefix = "stdio:";
@@ -47,8 +50,11 @@ class LibburnLibrary {
 
   private:
     LibburnLibrary() {
-        // Starting libisofs sets the character-type locale from the environment; the process
-        // keeps the one it had.
+        if (!isofs_.ok())
+            return;
+        // libisoburn starts libisofs once more, which sets the character-type locale from the
+        // environment and libisofs's message levels back to their defaults: the process keeps
+        // its locale, libisofs gets back the levels the image writer gave it.
         const char* current = std::setlocale(LC_CTYPE, nullptr);
         const std::string ctype = current != nullptr ? current : "C";
         char message[1024] = {};
@@ -56,6 +62,7 @@ class LibburnLibrary {
         std::setlocale(LC_CTYPE, ctype.c_str());
         if (!ok_)
             return;
+        iso_set_msgs_severities(kSorry, kNever, kIsofsPrefix);
         // Messages are queued, never printed; each query takes the ones it caused.
         burn_msgs_set_severities(kSorry, kNever, kPrefix);
         // No exclusive opening: the query only reads, and the program's own drive access or
@@ -70,6 +77,8 @@ class LibburnLibrary {
             isoburn_finish();
     }
 
+    // libisofs as the image writer starts it, shared with libisoburn.
+    IsofsLibrary isofs_;
     bool ok_ = false;
     std::mutex mutex_;
 };

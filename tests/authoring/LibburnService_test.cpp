@@ -8,6 +8,8 @@
 #include <string>
 
 #include "BurnService.h"
+#include "FolderListing.h"
+#include "IsoImage.h"
 #include "common/ScratchFolder.h"
 
 namespace plattmix::authoring {
@@ -28,7 +30,40 @@ class LibburnServiceTest : public ::testing::Test {
         return media;
     }
     MediaInfo QueryFile(const fs::path& file) { return Query("stdio:" + file.string()); }
+
+    // An ISO image of a small folder; its size in blocks.
+    int64_t MakeImage(const fs::path& image) {
+        const fs::path source = root / "source";
+        fs::create_directories(source / "sub");
+        std::ofstream(source / "sub" / "data.bin") << std::string(300000, 'd');
+        FolderListing listing;
+        ShowOrdnerInhalt(source.string(), listing, {});
+        const IsoImageResult made =
+            CreateIsoImage({source.string(), "", image.string()}, listing, {});
+        EXPECT_EQ(made.outcome, IsoOutcome::Done) << made.detail;
+        return made.imageBytes / 2048;
+    }
 };
+
+// The next session starts behind the image; the rest of the file system is free.
+TEST_F(LibburnServiceTest, FileHoldingAnIsoImageIsAppendable) {
+    const int64_t imageBlocks = MakeImage(root / "first.iso");
+    ASSERT_GT(imageBlocks, 150);
+    const MediaInfo media = QueryFile(root / "first.iso");
+    ASSERT_EQ(media.state, MediaState::Appendable) << service->LastMessage();
+    const int64_t used = media.totalSectors - media.freeBlocks;
+    EXPECT_GE(used, imageBlocks);
+    EXPECT_LT(used, imageBlocks + 64);  // at most the alignment of the next session
+    EXPECT_GT(media.freeBlocks, 0);
+
+    // The image writer starts and finishes libisofs for its own job in between; the
+    // service's libraries go on working.
+    MakeImage(root / "second.iso");
+    EXPECT_EQ(QueryFile(root / "second.iso").state, MediaState::Appendable);
+    const MediaInfo again = QueryFile(root / "first.iso");
+    EXPECT_EQ(again.state, MediaState::Appendable);
+    EXPECT_EQ(again.totalSectors - again.freeBlocks, used);
+}
 
 TEST_F(LibburnServiceTest, MissingOrEmptyFileIsBlankWithTheFileSystemsSpace) {
     const MediaInfo missing = QueryFile(root / "new.iso");
