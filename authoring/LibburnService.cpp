@@ -240,6 +240,9 @@ MediaInfo ReadMedia(const GrabbedDrive& drive) {
 class LibburnService final : public IBurnService {
   public:
     MediaInfo QueryMedia(const std::string& address) override {
+        lastMessage_.clear();
+        if (address.empty())  // no drive chosen: nothing to start the libraries for
+            return {MediaState::NoRecorder, 0, 0};
         LibburnLibrary& library = LibburnLibrary::Instance();
         if (!library.ok())
             return {MediaState::NoService, 0, 0};

@@ -91,6 +91,8 @@ TEST_F(LibburnServiceTest, AddressesWithoutAWritableDriveAreNoRecorder) {
     EXPECT_EQ(Query("/dev/nonexistent").state, MediaState::NoRecorder);
     EXPECT_NE(service->LastMessage(), "");
     EXPECT_EQ(Query("stdio:").state, MediaState::NoRecorder);  // libburn's null drive
+    EXPECT_EQ(Query("").state, MediaState::NoRecorder);        // no drive chosen
+    EXPECT_EQ(service->LastMessage(), "");
     EXPECT_EQ(QueryFile(root).state, MediaState::NoRecorder);  // a folder
 
     // The failures leave nothing behind: a good address still works.
