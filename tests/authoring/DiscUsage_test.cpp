@@ -153,14 +153,6 @@ TEST(DiskUsage, ClosedDiscShowsTheFullBar) {
 TEST(DiskUsage, TextsGoThroughTheTranslationNumbersDoNot) {
     const DiskInfo blank = Info(MediaState::Blank, 702 * kSectorsPerMB, 702 * kSectorsPerMB);
     EXPECT_EQ(ShowDiskUsage(blank, 100, Bracketed).label4, "0< % der Disk belegt >0 / 702 MB");
-    EXPECT_EQ(ShowDiskUsage(Info(MediaState::NoDisc), 100, Bracketed).label4,
-              "<Keine Disk im Laufwerk>");
-    EXPECT_EQ(ShowDiskUsage(Info(MediaState::Closed), 100, Bracketed).label4,
-              "<100 % der Disk belegt>");
-    EXPECT_EQ(TotalSizeZusammenstellung(1, 0, 0, 100, 0, Bracketed, kGerman).label4,
-              "<Keine CD im Laufwerk!>");
-    EXPECT_EQ(TotalSizeZusammenstellung(1, -1, 0, 100, 0, Bracketed, kGerman).label4,
-              "<100 % der Disk belegt!>");
     EXPECT_EQ(TotalSizeZusammenstellung(2 * kMB, 1, 0, 100, 0, Bracketed, kGerman).label4,
               "<Zusammenstellung zu groß für die Disk!>");
 }
