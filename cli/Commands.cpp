@@ -2,6 +2,7 @@
 
 #include <ostream>
 
+#include "BurnCommand.h"
 #include "CompilationCommand.h"
 #include "DriveCommands.h"
 #include "ImageList.h"
@@ -11,9 +12,10 @@
 namespace plattmix::cli {
 
 ParseResult ParseCommandLine(const std::vector<std::string>& words) {
-    return ParseCliArgs(
-        words, {"--drive", "--tracks", "--format", "--out", "--prefix", "--number", "--volume"},
-        {"--demo", "--number-first"});
+    return ParseCliArgs(words,
+                        {"--drive", "--tracks", "--format", "--out", "--prefix", "--number",
+                         "--volume", "--image", "--list"},
+                        {"--demo", "--number-first", "--multisession", "--close", "--eject"});
 }
 
 void PrintUsage(std::ostream& out) {
@@ -30,8 +32,12 @@ void PrintUsage(std::ostream& out) {
            "  iso QUELLORDNER ZIEL.iso [--volume NAME]\n"
            "                              ISO-Image eines Ordners erstellen\n"
            "  compilation save LISTE PFAD... | load LISTE | size LISTE [--drive LAUFWERK]\n"
-           "                              Zusammenstellung als Listendatei speichern, laden, "
-           "messen\n"
+           "                              Listendatei speichern, laden, messen\n"
+           "  burn --drive LAUFWERK (--image DATEI.iso | --list LISTE.txt | PFAD...)\n"
+           "      [--multisession] [--close] [--eject] [--volume NAME]\n"
+           "                              ISO-Image oder Zusammenstellung brennen\n"
+           "  erase --drive LAUFWERK [--eject]\n"
+           "                              wiederbeschreibbare Disk löschen\n"
            "\n"
            "LAUFWERK ist ein Laufwerk (/dev/sr0) oder ein Disk-Image (.cue, .iso).\n"
            "Ohne --drive: die optischen Laufwerke des Rechners, sonst die eingebaute Demo-Disk.\n";
@@ -48,6 +54,10 @@ int RunCommand(const CliArgs& args, std::ostream& out, std::ostream& err, bool t
         return RunRipCommand(args, out, err, terminal);
     if (args.command == "iso")
         return RunIsoCommand(args, out, err, terminal);
+    if (args.command == "burn")
+        return RunBurnCommand(args, out, err, terminal);
+    if (args.command == "erase")
+        return RunEraseCommand(args, out, err, terminal);
     if (args.command == "compilation")
         return RunCompilationCommand(args, out, err);
     if (args.command == "drives" || args.command == "toc")
