@@ -255,6 +255,11 @@ class LibburnService final : public IBurnService {
 
     std::string LastMessage() const override { return lastMessage_; }
 
+    std::unique_ptr<IRecorder> OpenRecorder(const std::string&, MediaState& why) override {
+        why = MediaState::NoRecorder;
+        return nullptr;
+    }
+
   private:
     static MediaInfo Query(const std::string& address) {
         // libburn takes a folder for a write-only pseudo-drive; nothing can be written to it.
