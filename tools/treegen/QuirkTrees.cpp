@@ -47,7 +47,9 @@ MadeTree MakeDeepFolders(const fs::path& root, int depth) {
     for (int level = 1; level <= depth; ++level) {
         char name[64];
         std::snprintf(name, sizeof name, "ebene%02d_ein_recht_langer_ordnername", level);
-        path += (path.empty() ? "" : "/") + std::string(name);
+        if (!path.empty())
+            path += '/';
+        path += name;
         tree.Folder(path);
         tree.File(path + "/datei.txt", 100 + level, static_cast<uint64_t>(level));
     }
