@@ -7,9 +7,9 @@
 #include <memory>
 #include <string>
 
-// libisofs's image (IsoImage there). The recorder hands out the one it writes; only code that
-// includes libisofs.h looks inside.
-struct iso_image;
+// libisofs's image (typedef IsoImage there). The recorder hands out the one it writes; only code
+// that includes libisofs.h looks inside.
+struct Iso_Image;
 
 namespace plattmix::authoring {
 
@@ -79,7 +79,7 @@ class IRecorder {
     // The image the next session is made of: the last session's tree read from an appendable
     // medium, an empty tree on a blank one. The recorder keeps it until it is released; nullptr
     // when the medium holds no image that can be read.
-    virtual iso_image* LoadImage() = 0;
+    virtual Iso_Image* LoadImage() = 0;
 
     // Starts writing the image of LoadImage as a new session (the whole tree: the imported
     // files stay where they are, the new ones follow). Checks first that it fits.
@@ -93,8 +93,9 @@ class IRecorder {
     // Asks the running write to stop; Poll tells when it did.
     virtual void CancelWrite() = 0;
     // After the write ended: whether it wrote well. A session on a medium without sessions of
-    // its own (an overwritable disc, a "stdio:" file) becomes the medium's current one here.
-    virtual WriteError FinishWrite() = 0;
+    // its own (an overwritable disc, a "stdio:" file) becomes the medium's current one here,
+    // unless keepSession is false (a source file failed): then the previous one stays current.
+    virtual WriteError FinishWrite(bool keepSession) = 0;
 
     // Quick blanking of a rewritable medium (a "stdio:" file: its image is made unreadable).
     virtual bool StartQuickBlank() = 0;

@@ -100,7 +100,8 @@ std::string IsoTreeBuilder::AddRoot() {
     struct stat info {};
     if (stat(base_.c_str(), &info) != 0)
         return ErrnoText("Der Quellordner kann nicht gelesen werden: ", base_, errno);
-    ApplyStat(AsNode(root), info);
+    if (!join_)
+        ApplyStat(AsNode(root), info);
     folders_[""] = root;
     return {};
 }
@@ -115,10 +116,13 @@ std::string IsoTreeBuilder::AddFolder(const std::string& path) {
         return ErrnoText("Der Ordner kann nicht hinzugefügt werden: ", path, errno);
     if (!S_ISDIR(info.st_mode))
         return "Das ist kein Ordner mehr: " + path;
-    IsoDir* folder = nullptr;
-    const int added = iso_image_add_new_dir(&image_, place->folder, place->name.c_str(), &folder);
-    if (added < 0)
-        return RefusedText(path, added);
+    IsoDir* folder = MakeRoom(*place, true);
+    if (folder == nullptr) {
+        const int added =
+            iso_image_add_new_dir(&image_, place->folder, place->name.c_str(), &folder);
+        if (added < 0)
+            return RefusedText(path, added);
+    }
     ApplyStat(AsNode(folder), info);
     folders_[path.substr(base_.size())] = folder;
     return {};
@@ -146,6 +150,7 @@ std::string IsoTreeBuilder::AddFile(const std::string& path) {
     IsoStreamPtr stream = NewIsoFileStream(path, info, faults_);
     if (!stream)
         return "Zu wenig Speicher für " + path;
+    MakeRoom(*place, false);
     IsoFile* file = nullptr;
     const int added =
         iso_image_add_new_file(&image_, place->folder, place->name.c_str(), stream.get(), &file);
@@ -169,6 +174,7 @@ std::string IsoTreeBuilder::AddLink(const std::string& path) {
     const auto target = LinkTarget(path);
     if (!target)
         return ErrnoText("Die Verknüpfung kann nicht gelesen werden: ", path, errno);
+    MakeRoom(*place, false);
     IsoSymlink* link = nullptr;
     const int added = iso_image_add_new_symlink(&image_, place->folder, place->name.c_str(),
                                                 target->c_str(), &link);
@@ -176,6 +182,18 @@ std::string IsoTreeBuilder::AddLink(const std::string& path) {
         return RefusedText(path, added);
     ApplyStat(AsNode(link), info);
     return {};
+}
+
+IsoDir* IsoTreeBuilder::MakeRoom(const Place& place, bool wantFolder) {
+    IsoNode* node = nullptr;
+    if (!join_ ||
+        iso_image_dir_get_node(&image_, place.folder, place.name.c_str(), &node, 0) != 1 ||
+        node == nullptr)
+        return nullptr;
+    if (wantFolder && iso_node_get_type(node) == LIBISO_DIR)
+        return static_cast<IsoDir*>(static_cast<void*>(node));
+    iso_node_remove_tree(node, nullptr);
+    return nullptr;
 }
 
 std::optional<IsoTreeBuilder::Place> IsoTreeBuilder::PlaceOf(const std::string& path,
