@@ -316,8 +316,4 @@ void frmMain::UpdateTrayCaption() {
     // Command4's caption follows the tray state once the drive's tray can be asked.
 }
 
-void frmMain::StartBurnJob() {
-    // Burning an image or a compilation comes with the burning work.
-}
-
 }  // namespace plattmix::window

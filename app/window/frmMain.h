@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "BurnJob.h"
 #include "BurnService.h"
 #include "FolderListing.h"
 #include "ISCSI.h"
@@ -233,6 +234,12 @@ class frmMain final : public QMainWindow {
     int64_t TotalSizeZusammenstellung();
     std::string BurnDriveAddress() const;
     int BarWidth() const;
+
+    // Burning and erasing (frmMainBurn.cpp).
+    authoring::IBurnService& BurnService();
+    authoring::BurnHooks WindowBurnHooks();
+    authoring::BurnResult RunBurn(
+        const std::function<authoring::BurnResult(const authoring::BurnHooks&)>& job);
 
     // Parts of the window that come with later work and do nothing yet.
     void StopPlayer();
