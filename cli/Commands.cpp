@@ -8,13 +8,14 @@
 #include "ImageList.h"
 #include "IsoCommand.h"
 #include "RipCommand.h"
+#include "TrayCommand.h"
 
 namespace plattmix::cli {
 
 ParseResult ParseCommandLine(const std::vector<std::string>& words) {
     return ParseCliArgs(words,
                         {"--drive", "--tracks", "--format", "--out", "--prefix", "--number",
-                         "--volume", "--image", "--list"},
+                         "--volume", "--image", "--list", "--track", "--seconds"},
                         {"--demo", "--number-first", "--multisession", "--close", "--eject"});
 }
 
@@ -38,6 +39,10 @@ void PrintUsage(std::ostream& out) {
            "                              ISO-Image oder Zusammenstellung brennen\n"
            "  erase --drive LAUFWERK [--eject]\n"
            "                              wiederbeschreibbare Disk löschen\n"
+           "  tray --drive LAUFWERK [open|close]\n"
+           "                              Schubladenzustand (1, 0, -1) zeigen, öffnen, schließen\n"
+           "  play --drive LAUFWERK --track N --seconds S\n"
+           "                              einen Track S Sekunden lang abspielen\n"
            "\n"
            "LAUFWERK ist ein Laufwerk (/dev/sr0) oder ein Disk-Image (.cue, .iso).\n"
            "Ohne --drive: die optischen Laufwerke des Rechners, sonst die eingebaute Demo-Disk.\n";
@@ -58,6 +63,10 @@ int RunCommand(const CliArgs& args, std::ostream& out, std::ostream& err, bool t
         return RunBurnCommand(args, out, err, terminal);
     if (args.command == "erase")
         return RunEraseCommand(args, out, err, terminal);
+    if (args.command == "tray")
+        return RunTrayCommand(args, out, err);
+    if (args.command == "play")
+        return RunPlayCommand(args, out, err, terminal);
     if (args.command == "compilation")
         return RunCompilationCommand(args, out, err);
     if (args.command == "drives" || args.command == "toc")
