@@ -88,10 +88,17 @@ std::string TakeBurnMessages() {
     return first;
 }
 
-GrabbedDrive::GrabbedDrive(std::string address, int flags) {
+GrabbedDrive::GrabbedDrive(std::string address, int flags)
+    : address_(std::move(address)), flags_(flags) {
     // On failure the library leaves the array untouched or empty: nothing to free.
-    if (isoburn_drive_aquire(&infos_, address.data(), flags) <= 0)
+    if (isoburn_drive_aquire(&infos_, address_.data(), flags_) <= 0)
         infos_ = nullptr;
+}
+
+bool GrabbedDrive::Reassess() {
+    constexpr int kReassess = 256;
+    return infos_ != nullptr &&
+           isoburn_drive_aquire(&infos_, address_.data(), flags_ | kReassess) == 1;
 }
 
 void GrabbedDrive::Release(bool eject) {

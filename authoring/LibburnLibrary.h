@@ -58,8 +58,13 @@ class GrabbedDrive {
     burn_drive* drive() const { return infos_[0].drive; }
 
     void Release(bool eject);
+    // Reads the medium's state anew, as after grabbing it (libisoburn keeps what it saw before
+    // a blanking until then).
+    bool Reassess();
 
   private:
+    std::string address_;
+    int flags_ = 0;
     burn_drive_info* infos_ = nullptr;
 };
 

@@ -218,13 +218,11 @@ class LibburnRecorder final : public IRecorder {
         const std::lock_guard lock(LibburnLibrary::Instance().mutex());
         if (!drive_->ok())
             return false;
-        burn_drive* drive = drive_->drive();
-        // A real drive tells how the blanking went; emulated blanking shows in the state.
-        const bool blank = burn_drive_get_drive_role(drive) == 1
-                               ? burn_drive_wrote_well(drive) == 1
-                               : isoburn_disc_get_status(drive) == BURN_DISC_BLANK;
+        // The drive says how the blanking went; the medium, read anew, must be blank.
+        const bool blanked = wroteWell_ && drive_->Reassess() &&
+                             isoburn_disc_get_status(drive_->drive()) == BURN_DISC_BLANK;
         Collect();
-        return blank;
+        return blanked;
     }
 
     bool Eject() override {
