@@ -3,7 +3,11 @@
 #include "BurnJob.h"
 
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -28,6 +32,32 @@ void WriteFile(const fs::path& path, const std::string& bytes) {
     fs::create_directories(path.parent_path());
     std::ofstream(path, std::ios::binary) << bytes;
 }
+
+// A file system of 1 MiB (tmpfs, which only root may mount): libburn measures the space of a
+// "stdio:" file by what its file system has left.
+class SmallFileSystem {
+  public:
+    explicit SmallFileSystem(const fs::path& folder) : folder_(folder) {
+        fs::create_directories(folder_);
+        mounted_ = mount("tmpfs", folder_.c_str(), "tmpfs", 0, "size=1m") == 0;
+        if (!mounted_)
+            error_ = std::strerror(errno);
+    }
+    ~SmallFileSystem() {
+        if (mounted_)
+            umount2(folder_.c_str(), MNT_DETACH);
+    }
+    SmallFileSystem(const SmallFileSystem&) = delete;
+    SmallFileSystem& operator=(const SmallFileSystem&) = delete;
+
+    bool mounted() const { return mounted_; }
+    const std::string& error() const { return error_; }
+
+  private:
+    fs::path folder_;
+    bool mounted_ = false;
+    std::string error_;
+};
 
 class BurnJobTest : public ::testing::Test {
   protected:
@@ -166,6 +196,62 @@ TEST_F(BurnJobTest, SecondSessionKeepsTheFirstSessionsFiles) {
     EXPECT_EQ(ImageBytes(reader, "eins/neu.txt"), "erste Fassung");
     EXPECT_EQ(ImageBytes(reader, "zwei/neu.txt"), "zweite Fassung");
     EXPECT_EQ(ImageBytes(reader, "zwei/dazu.txt"), "dazu");
+}
+
+TEST_F(BurnJobTest, TargetTooSmallFailsBeforeWriting) {
+    const fs::path image = MakeIso("gross", 2000000);
+    WriteFile(root / "gross" / "daten.bin", std::string(2000000, 'g'));
+    const SmallFileSystem small(root / "klein");
+    if (!small.mounted())
+        GTEST_SKIP() << "no tmpfs to mount here (" << small.error() << ")";
+    const fs::path target = root / "klein" / "disk.iso";
+
+    Seen iso;
+    const BurnResult refused =
+        BurnIsoImage(*service, {Stdio(target), image.string()}, RecordingHooks(iso));
+    EXPECT_EQ(refused.outcome, BurnOutcome::Failed);
+    EXPECT_EQ(refused.status, "Fehler: Disk zu klein für diese ISO!");
+    EXPECT_TRUE(iso.Showed("Fehler: Disk zu klein für diese ISO!"));
+    EXPECT_FALSE(iso.Showed(kTextBurnDone));
+    EXPECT_FALSE(fs::exists(target) && fs::file_size(target) > 0);
+
+    Seen compilation;
+    const BurnResult tooLarge =
+        BurnCompilation(target, {(root / "gross").string()}, compilation, false);
+    EXPECT_EQ(tooLarge.outcome, BurnOutcome::Failed);
+    EXPECT_EQ(tooLarge.status, "Zusammenstellung zu groß für diese Disk!");
+    EXPECT_FALSE(compilation.Showed(kTextBurnDone));
+    EXPECT_FALSE(fs::exists(target) && fs::file_size(target) > 0);
+}
+
+// A file that changes after it was added is noticed when the write reads it: the burn fails,
+// and on a multisession disc the earlier session stays the one the disc shows.
+TEST_F(BurnJobTest, FileChangedDuringTheBurnIsNoSuccess) {
+    WriteFile(root / "eins" / "alt.txt", "alt");
+    const fs::path target = root / "disk.iso";
+    Seen first;
+    ASSERT_EQ(BurnCompilation(target, {(root / "eins").string()}, first, true).outcome,
+              BurnOutcome::Done);
+
+    const fs::path changing = root / "zwei" / "wachsend.txt";
+    WriteFile(changing, "anfangs");
+    Seen seen;
+    BurnHooks hooks = RecordingHooks(seen);
+    hooks.scan.yield = [&changing] { std::ofstream(changing, std::ios::app) << "+"; };
+    BurnCompilationParams params;
+    params.drive = Stdio(target);
+    params.paths = {(root / "zwei").string()};
+    params.multisession = true;
+    const BurnResult result = BurnZusammenstellung(*service, params, hooks);
+    EXPECT_EQ(result.outcome, BurnOutcome::Failed);
+    EXPECT_EQ(result.status, kTextBurnFailed);
+    EXPECT_NE(result.detail.find(changing.string()), std::string::npos) << result.detail;
+    EXPECT_FALSE(seen.Showed(kTextBurnDone));
+
+    const IsoTreeReader reader(target.string());
+    ASSERT_TRUE(reader.ok()) << reader.error();
+    EXPECT_EQ(ImageBytes(reader, "eins/alt.txt"), "alt");
+    EXPECT_EQ(reader.Find("zwei"), nullptr);
 }
 
 }  // namespace
