@@ -107,5 +107,31 @@ TEST_F(LibburnServiceTest, ReadOnlyFileIsNoRecorder) {
     EXPECT_EQ(QueryFile(root / "locked.iso").state, MediaState::NoRecorder);
 }
 
+// A recorder sees the medium as the queries do, with libburn's profile of a stdio file.
+TEST_F(LibburnServiceTest, RecorderOfAStdioFile) {
+    MediaState why = MediaState::NoService;
+    const auto blank = service->OpenRecorder("stdio:" + (root / "neu.iso").string(), why);
+    ASSERT_NE(blank, nullptr) << service->LastMessage();
+    const RecorderInfo empty = blank->Info();
+    EXPECT_EQ(empty.state, MediaState::Blank);
+    EXPECT_EQ(empty.profile, kProfileStdioFile);
+    EXPECT_FALSE(empty.multisession);
+    EXPECT_GT(empty.freeBlocks, 0);
+
+    MakeImage(root / "bild.iso");
+    const auto written = service->OpenRecorder("stdio:" + (root / "bild.iso").string(), why);
+    ASSERT_NE(written, nullptr);
+    const RecorderInfo appendable = written->Info();
+    EXPECT_EQ(appendable.state, MediaState::Appendable);
+    EXPECT_TRUE(appendable.multisession);
+    EXPECT_GT(appendable.totalSectors, appendable.freeBlocks);
+    EXPECT_NE(written->LoadImage(), nullptr);
+
+    EXPECT_EQ(service->OpenRecorder("stdio:" + root.string(), why), nullptr);  // a folder
+    EXPECT_EQ(why, MediaState::NoRecorder);
+    EXPECT_EQ(service->OpenRecorder("", why), nullptr);
+    EXPECT_EQ(why, MediaState::NoRecorder);
+}
+
 }  // namespace
 }  // namespace plattmix::authoring
