@@ -254,5 +254,31 @@ TEST_F(BurnJobTest, FileChangedDuringTheBurnIsNoSuccess) {
     EXPECT_EQ(reader.Find("zwei"), nullptr);
 }
 
+// Escape at the first look at the write: libburn stops, the image thread ends, and the run is an
+// abort. A machine that writes the whole image before the first look cannot show it.
+TEST_F(BurnJobTest, EscapeStopsARealWrite) {
+    const fs::path folder = root / "viel";
+    fs::create_directories(folder);
+    fs::resize_file((WriteFile(folder / "nullen.bin", ""), folder / "nullen.bin"), 256 << 20);
+    const fs::path target = root / "disk.iso";
+    Seen seen;
+    BurnCompilationParams params;
+    params.drive = Stdio(target);
+    params.paths = {folder.string()};
+    params.eject = true;
+    // Pressed once the write reports (a blank disc shows no status before).
+    const BurnResult result = BurnZusammenstellung(
+        *service, params, RecordingHooks(seen, true, [&seen] { return !seen.statuses.empty(); }));
+    if (result.outcome == BurnOutcome::Done)
+        GTEST_SKIP() << "the write was over before the first look";
+    EXPECT_EQ(result.outcome, BurnOutcome::Aborted) << result.detail;
+    EXPECT_EQ(result.status, kTextActionAborted);
+    EXPECT_TRUE(seen.Showed(kTextBurnAborted));
+    EXPECT_FALSE(seen.Showed(kTextBurnFailed));
+    EXPECT_FALSE(result.ejected);
+    // The drive is free again, and the unfinished session is no image.
+    EXPECT_NE(service->QueryMedia(Stdio(target)).state, MediaState::Appendable);
+}
+
 }  // namespace
 }  // namespace plattmix::authoring

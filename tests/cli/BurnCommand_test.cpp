@@ -129,6 +129,7 @@ TEST_F(BurnCommandTest, EraseOnlyWithAnAnswer) {
     ASSERT_EQ(RunCli("burn", {{"--drive", drive}}, {(root / "notiz.txt").string()}).code,
               kExitDone);
     const std::string written = Bytes(root / "disk.iso");
+    EXPECT_EQ(authoring::IsoTreeReader((root / "disk.iso").string()).VolumeId(), "PlattmixDisk");
 
     const CliRun asked = RunCli("erase", {{"--drive", drive}});
     EXPECT_EQ(asked.code, kExitFailed);
