@@ -16,7 +16,8 @@ inline constexpr uint8_t kOpGetEventStatus = 0x4A;
 inline constexpr uint8_t kOpReadDiscInformation = 0x51;
 inline constexpr uint8_t kOpReadCd = 0xBE;
 
-// READ TOC/PMA/ATIP formats beyond the table of contents, session info and full TOC.
+// READ TOC/PMA/ATIP formats beyond the table of contents and the full TOC.
+inline constexpr uint8_t kTocFormatSessionInfo = 0x01;
 inline constexpr uint8_t kTocFormatCdText = 0x05;
 
 }  // namespace plattmix::scsi

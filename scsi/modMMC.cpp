@@ -135,6 +135,13 @@ int32_t StartStopUnit(scsi::ISCSI& transport, std::string& Handle, bool loadEjec
     return Send(transport, Handle, BuildStartStopUnit(loadEject, start), {});
 }
 
+int32_t ReadSessionInfo(scsi::ISCSI& transport, std::string& Handle,
+                        std::array<uint8_t, kSessionInfoLength>& reply) {
+    return Send(transport, Handle,
+                BuildReadTOCFormat(false, scsi::kTocFormatSessionInfo, 0, kSessionInfoLength),
+                reply);
+}
+
 namespace {
 std::string Field(std::span<const uint8_t> reply, size_t from, size_t length) {
     std::string text;
@@ -171,6 +178,13 @@ std::optional<Toc> ParseTOC(std::span<const uint8_t> reply) {
         toc.descriptors.push_back(TocDescriptor{d[1], d[2], {d[4], d[5], d[6], d[7]}});
     }
     return toc;
+}
+
+std::optional<SessionInfo> ParseSessionInfo(std::span<const uint8_t> reply) {
+    if (reply.size() < kSessionInfoLength)
+        return std::nullopt;
+    return SessionInfo{reply[2], reply[3], reply[6],
+                       modMSF::BytesToLong(reply[8], reply[9], reply[10], reply[11])};
 }
 
 uint16_t CdTextCrc(std::span<const uint8_t> bytes) {

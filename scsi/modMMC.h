@@ -18,6 +18,10 @@ inline constexpr int kInquiryLength = 76;
 inline constexpr int kTocReplyLength = 804;
 inline constexpr int kTocMaxDescriptors = 100;
 inline constexpr uint8_t kLeadOutTrack = 0xAA;
+// From a session's lead-out to the first track of the next: the lead-out (6750), the next
+// lead-in (4500) and that track's pre-gap (150).
+inline constexpr int32_t kSessionGapSectors = 6750 + 4500 + 150;
+inline constexpr int kSessionInfoLength = 12;
 
 using Cdb6 = std::array<uint8_t, 6>;
 using Cdb10 = std::array<uint8_t, 10>;
@@ -47,6 +51,9 @@ int32_t Read10(scsi::ISCSI& transport, std::string& Handle, uint32_t lba, uint16
 int32_t ReadCD(scsi::ISCSI& transport, std::string& Handle, uint32_t lba, uint32_t blocks,
                std::span<uint8_t> buffer, uint8_t flags);
 int32_t StartStopUnit(scsi::ISCSI& transport, std::string& Handle, bool loadEject, bool start);
+// READ TOC format 1 in LBA form.
+int32_t ReadSessionInfo(scsi::ISCSI& transport, std::string& Handle,
+                        std::array<uint8_t, kSessionInfoLength>& reply);
 
 // Replies.
 struct InquiryIdent {
@@ -72,6 +79,16 @@ struct Toc {
 // Reads the header and as many descriptors as the data length announces and the reply holds
 // (at most 100). Nothing when the reply is shorter than the header.
 std::optional<Toc> ParseTOC(std::span<const uint8_t> reply);
+
+// The READ TOC session information (format 1, LBA form): the first and last session numbers,
+// and the first track of the last session with its start. Nothing for a short reply.
+struct SessionInfo {
+    uint8_t firstSession = 0;
+    uint8_t lastSession = 0;
+    uint8_t lastSessionFirstTrack = 0;
+    uint32_t lastSessionStartLba = 0;
+};
+std::optional<SessionInfo> ParseSessionInfo(std::span<const uint8_t> reply);
 
 // The CRC of a CD-Text pack over its first 16 bytes: CRC-16/CCITT (polynomial 0x1021, start
 // 0), inverted; stored big-endian in bytes 16 and 17.
