@@ -13,10 +13,11 @@
 namespace plattmix::cli {
 
 ParseResult ParseCommandLine(const std::vector<std::string>& words) {
-    return ParseCliArgs(words,
-                        {"--drive", "--tracks", "--format", "--out", "--prefix", "--number",
-                         "--volume", "--image", "--list", "--track", "--seconds"},
-                        {"--demo", "--number-first", "--multisession", "--close", "--eject"});
+    return ParseCliArgs(
+        words,
+        {"--drive", "--tracks", "--format", "--out", "--prefix", "--number", "--volume", "--image",
+         "--list", "--track", "--seconds"},
+        {"--demo", "--number-first", "--multisession", "--close", "--eject", "--yes"});
 }
 
 void PrintUsage(std::ostream& out) {
@@ -37,7 +38,7 @@ void PrintUsage(std::ostream& out) {
            "  burn --drive LAUFWERK (--image DATEI.iso | --list LISTE.txt | PFAD...)\n"
            "      [--multisession] [--close] [--eject] [--volume NAME]\n"
            "                              ISO-Image oder Zusammenstellung brennen\n"
-           "  erase --drive LAUFWERK [--eject]\n"
+           "  erase --drive LAUFWERK [--eject] [--yes]\n"
            "                              wiederbeschreibbare Disk löschen\n"
            "  tray --drive LAUFWERK [open|close]\n"
            "                              Schubladenzustand (1, 0, -1) zeigen, öffnen, schließen\n"
