@@ -7,6 +7,7 @@
 #include "DriveCommands.h"
 #include "ImageList.h"
 #include "IsoCommand.h"
+#include "MountCommand.h"
 #include "RipCommand.h"
 #include "TrayCommand.h"
 
@@ -40,6 +41,8 @@ void PrintUsage(std::ostream& out) {
            "                              ISO-Image oder Zusammenstellung brennen\n"
            "  erase --drive LAUFWERK [--eject] [--yes]\n"
            "                              wiederbeschreibbare Disk löschen\n"
+           "  mount ABBILD.iso | unmount ABBILD.iso\n"
+           "                              ISO-Datei als Laufwerk verbinden oder trennen\n"
            "  tray --drive LAUFWERK [open|close]\n"
            "                              Schubladenzustand (1, 0, -1) zeigen, öffnen, schließen\n"
            "  play --drive LAUFWERK --track N --seconds S\n"
@@ -64,6 +67,10 @@ int RunCommand(const CliArgs& args, std::ostream& out, std::ostream& err, bool t
         return RunBurnCommand(args, out, err, terminal);
     if (args.command == "erase")
         return RunEraseCommand(args, out, err, terminal);
+    if (args.command == "mount")
+        return RunMountCommand(args, out, err);
+    if (args.command == "unmount")
+        return RunUnmountCommand(args, out, err);
     if (args.command == "tray")
         return RunTrayCommand(args, out, err);
     if (args.command == "play")
