@@ -10,6 +10,8 @@ packages=(
     libavformat-dev libavcodec-dev libswresample-dev libavutil-dev ffmpeg
     # ISO images, disc state, burning and multisession: libisofs, libburn, libisoburn
     libisofs-dev libburn-dev libisoburn-dev
+    # virtual drives: udisks2 over D-Bus through sd-bus
+    libsystemd-dev
     # the window: Qt 6 Widgets, Tahoma (Wine's metric-compatible one) and Arial's stand-in
     qt6-base-dev fonts-wine fonts-liberation2
     # the window's tests on a real X display, and checks of the installed desktop files
