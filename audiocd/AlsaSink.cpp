@@ -48,7 +48,9 @@ class AlsaSink final : public IAudioSink {
         return {};
     }
 
-    std::string Write(std::span<const uint8_t> bytes) override {
+    // The player hands over a few sectors at a time, so a blocking write returns within that
+    // much sound and the stop is seen by the player itself.
+    std::string Write(std::span<const uint8_t> bytes, std::stop_token) override {
         if (pcm_ == nullptr)
             return Reason(-EBADF);
         auto frames = static_cast<snd_pcm_uframes_t>(bytes.size() / kCdFrameBytes);

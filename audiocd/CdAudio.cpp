@@ -35,12 +35,10 @@ int32_t Frames(int32_t lba) {
     return lba + modMSF::kPregapFrames;
 }
 
-// "E:" names the drive E, "E:\" its root: the drive list's "/dev/sr0:" and "/dev/sr0:/" both
+// "E:" names the drive E, "E:\\" its root: the drive list's "/dev/sr0:" and "/dev/sr0:/" both
 // name /dev/sr0.
 std::string DriveName(std::string name) {
-    while (!name.empty() && (name.back() == '/' || name.back() == '\\'))
-        name.pop_back();
-    if (!name.empty() && name.back() == ':')
+    while (!name.empty() && (name.back() == '/' || name.back() == '\\' || name.back() == ':'))
         name.pop_back();
     return name;
 }

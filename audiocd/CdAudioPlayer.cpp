@@ -19,8 +19,8 @@ constexpr size_t kSectorBytes = static_cast<size_t>(modMSF::kAudioFrameBytes);
 CdAudioPlayer::CdAudioPlayer(scsi::ISCSI& transport, std::string handle, int32_t firstLba,
                              int32_t endLba, std::unique_ptr<IAudioSink> sink)
     : sink_(std::move(sink)), position_(firstLba) {
-    worker_ =
-        std::thread(&CdAudioPlayer::Run, this, std::ref(transport), std::move(handle), endLba);
+    worker_ = std::jthread([this, &transport, handle = std::move(handle), endLba](
+                               std::stop_token stop) { Run(stop, transport, handle, endLba); });
 }
 
 CdAudioPlayer::~CdAudioPlayer() {
@@ -28,7 +28,7 @@ CdAudioPlayer::~CdAudioPlayer() {
 }
 
 void CdAudioPlayer::Stop() {
-    stop_ = true;
+    worker_.request_stop();
     Wait();
 }
 
@@ -55,11 +55,12 @@ void CdAudioPlayer::Fail(int code, std::string text) {
 
 // Reads a block of sectors, then hands it over in small pieces, so that a stop is noticed
 // within a few sectors of sound and the position moves on smoothly.
-void CdAudioPlayer::Run(scsi::ISCSI& transport, std::string handle, int32_t endLba) {
+void CdAudioPlayer::Run(std::stop_token stop, scsi::ISCSI& transport, std::string handle,
+                        int32_t endLba) {
     std::vector<uint8_t> buffer(kPlayReadSectors * kSectorBytes);
     int32_t lba = position_.load();
     bool failed = false;
-    while (!stop_ && !failed && lba < endLba) {
+    while (!stop.stop_requested() && !failed && lba < endLba) {
         const int32_t count = std::min(kPlayReadSectors, endLba - lba);
         const auto block = std::span(buffer).first(static_cast<size_t>(count) * kSectorBytes);
         if (modMMC::ReadCD(transport, handle, static_cast<uint32_t>(lba),
@@ -70,22 +71,25 @@ void CdAudioPlayer::Run(scsi::ISCSI& transport, std::string handle, int32_t endL
             failed = true;
             break;
         }
-        for (int32_t done = 0; done < count && !stop_;) {
+        for (int32_t done = 0; done < count && !stop.stop_requested();) {
             const int32_t piece = std::min(kPlayWriteSectors, count - done);
             const std::string error =
                 sink_->Write(block.subspan(static_cast<size_t>(done) * kSectorBytes,
-                                           static_cast<size_t>(piece) * kSectorBytes));
+                                           static_cast<size_t>(piece) * kSectorBytes),
+                             stop);
             if (!error.empty()) {
                 Fail(kCdAudioNoOutput, error);
                 failed = true;
                 break;
             }
+            if (stop.stop_requested())
+                break;  // the sink may not have taken these
             done += piece;
             position_ = lba + done;
         }
         lba += count;
     }
-    if (stop_ || failed)
+    if (stop.stop_requested() || failed)
         sink_->Drop();
     else
         sink_->Drain();

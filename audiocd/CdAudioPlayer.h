@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <stop_token>
 #include <string>
 #include <thread>
 
@@ -39,17 +40,16 @@ class CdAudioPlayer {
     std::string Error() const;
 
   private:
-    void Run(scsi::ISCSI& transport, std::string handle, int32_t endLba);
+    void Run(std::stop_token stop, scsi::ISCSI& transport, std::string handle, int32_t endLba);
     void Fail(int code, std::string text);
 
     std::unique_ptr<IAudioSink> sink_;
-    std::atomic<bool> stop_{false};
     std::atomic<bool> playing_{true};
     std::atomic<int32_t> position_;
     mutable std::mutex errorLock_;
     int errorCode_ = 0;
     std::string error_;
-    std::thread worker_;
+    std::jthread worker_;
 };
 
 }  // namespace plattmix::audiocd

@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 #include <span>
+#include <stop_token>
 #include <string>
 
 namespace plattmix::audiocd {
@@ -20,9 +21,10 @@ class IAudioSink {
     virtual ~IAudioSink() = default;
     // Prepares the output for CD audio. Empty on success, otherwise why it failed.
     virtual std::string Open() = 0;
-    // Plays the bytes (whole frames); returns once the output has taken them. Empty on
-    // success, otherwise why it failed.
-    virtual std::string Write(std::span<const uint8_t> bytes) = 0;
+    // Plays the bytes (whole frames); returns once the output has taken them, or earlier when
+    // a stop is requested through `stop` (nothing more need be taken then). Empty on success,
+    // otherwise why it failed.
+    virtual std::string Write(std::span<const uint8_t> bytes, std::stop_token stop) = 0;
     // Lets what was written play to its end.
     virtual void Drain() = 0;
     // Throws away what has not been played yet.

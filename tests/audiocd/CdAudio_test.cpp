@@ -1,0 +1,366 @@
+// The cdaudio device playing generated discs from the disc-image drive into a test sink: the
+// bytes delivered, the status while playing, stop, the door, and what each failure leaves.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "CdAudio.h"
+#include "CdAudioDoor.h"
+#include "CdAudioErrors.h"
+#include "CdAudioSharedTransport.h"
+#include "CdAudioTestSink.h"
+#include "DiscWriter.h"
+#include "Fixtures.h"
+#include "TrackList.h"
+#include "TrayState.h"
+#include "common/ScratchFolder.h"
+#include "imagedrive/clsImageDrive.h"
+#include "modMMC.h"
+
+using namespace plattmix;
+using audiocd::CdAudio;
+using audiocd::FramesToMilliseconds;
+using scsi::imagedrive::clsImageDrive;
+namespace fs = std::filesystem;
+
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+constexpr std::ptrdiff_t kSector = 2352;
+
+// A generated disc in an image drive (owned here, or by a shared transport), with a cdaudio
+// device on it whose audio goes into a test sink. Alias "cd" is open in milliseconds.
+struct Rig {
+    discgen::DiscDescription disc;
+    std::unique_ptr<clsImageDrive> owned = std::make_unique<clsImageDrive>();
+    clsImageDrive* drive = owned.get();
+    std::unique_ptr<scsi::ISCSI> shared;
+    std::string handle;
+    std::shared_ptr<test::SinkRecord> sink = std::make_shared<test::SinkRecord>();
+    std::unique_ptr<CdAudio> cd;
+
+    audiocd::MciReply Send(const std::string& command) { return cd->SendString(command); }
+    std::string Result(const std::string& command) {
+        const auto reply = Send(command);
+        EXPECT_TRUE(reply.ok()) << command << ": " << reply.errorText;
+        return reply.result;
+    }
+    // Milliseconds of a sector address.
+    static std::string Ms(int32_t lba) { return std::to_string(FramesToMilliseconds(lba + 150)); }
+
+    // The bytes of sectors [from, to) straight from the audio file, which starts at LBA first.
+    Bytes FromFile(int32_t from, int32_t to, size_t file = 0, int32_t first = 0) const {
+        std::ifstream in(disc.files[file].path, std::ios::binary);
+        const Bytes all(std::istreambuf_iterator<char>(in), {});
+        return Bytes(all.begin() + (from - first) * kSector, all.begin() + (to - first) * kSector);
+    }
+};
+
+std::unique_ptr<Rig> Load(const discgen::DiscSpec& spec, bool sharedTransport = false) {
+    auto rig = std::make_unique<Rig>();
+    auto written = discgen::WriteDisc(spec, test::ScratchFolder());
+    EXPECT_TRUE(written.ok()) << written.error;
+    if (!written.ok())
+        return nullptr;
+    rig->disc = *written.value;
+    const auto handle = rig->drive->AddDrive(rig->disc.cuePath.string());
+    EXPECT_TRUE(handle.ok());
+    rig->handle = handle.Value();
+    scsi::ISCSI* transport = rig->drive;
+    if (sharedTransport) {
+        rig->shared = std::make_unique<audiocd::CdAudioSharedTransport>(std::move(rig->owned));
+        transport = rig->shared.get();
+    }
+    rig->cd = std::make_unique<CdAudio>(*transport, test::TestSinks(rig->sink));
+    EXPECT_TRUE(rig->Send("open " + audiocd::MciQuote(rig->handle + ":") +
+                          " alias cd wait shareable type cdaudio")
+                    .ok());
+    EXPECT_TRUE(rig->Send("set cd time format milliseconds").ok());
+    return rig;
+}
+
+// AudioThreeTracks: tracks at LBA 0, 300 and 525, lead-out at 900, all in one file.
+constexpr int32_t kTrack2 = 300;
+constexpr int32_t kTrack3 = 525;
+constexpr int32_t kLeadOut = 900;
+
+}  // namespace
+
+TEST(CdAudioPlay, DeliversTheDiscsBytesFromTheRequestedPositionToTheEnd) {
+    auto rig = Load(discgen::AudioThreeTracks());
+    ASSERT_TRUE(rig);
+    const int32_t from = kTrack2 + 75;  // a second into track 2
+    ASSERT_TRUE(rig->Send("play cd from " + Rig::Ms(from) + " wait").ok());
+    EXPECT_TRUE(rig->sink->Bytes() == rig->FromFile(from, kLeadOut));
+    EXPECT_EQ(rig->sink->Drains(), 1);
+    EXPECT_EQ(rig->Result("status cd mode"), "stopped");
+    EXPECT_EQ(rig->Result("status cd position"), Rig::Ms(kLeadOut));
+    EXPECT_EQ(rig->Result("status cd current track"), "3");
+}
+
+TEST(CdAudioPlay, FromToInBothTimeFormats) {
+    auto rig = Load(discgen::AudioThreeTracks());
+    ASSERT_TRUE(rig);
+    ASSERT_TRUE(rig->Send("play cd from " + Rig::Ms(0) + " to " + Rig::Ms(kTrack2) + " wait").ok());
+    EXPECT_TRUE(rig->sink->Bytes() == rig->FromFile(0, kTrack2));
+
+    rig->Send("set cd time format msf");
+    const size_t before = rig->sink->Bytes().size();
+    ASSERT_TRUE(rig->Send("play cd from 00:06:00 to 00:07:01 wait").ok());  // LBA 300 to 376
+    const Bytes all = rig->sink->Bytes();
+    EXPECT_TRUE(Bytes(all.begin() + static_cast<std::ptrdiff_t>(before), all.end()) ==
+                rig->FromFile(kTrack2, kTrack2 + 76));
+    EXPECT_EQ(rig->Result("status cd position"), "00:07:01");
+}
+
+TEST(CdAudioPlay, PositionAdvancesAndStopStops) {
+    auto rig = Load(discgen::AudioThreeTracks());
+    ASSERT_TRUE(rig);
+    rig->sink->Hold(2);
+    ASSERT_TRUE(rig->Send("play cd from " + Rig::Ms(0)).ok());
+    // Two pieces of four sectors taken, the third waiting.
+    ASSERT_TRUE(rig->sink->WaitForCalls(3));
+    EXPECT_EQ(rig->Result("status cd mode"), "playing");
+    EXPECT_EQ(rig->Result("status cd position"), Rig::Ms(8));
+    EXPECT_EQ(rig->Result("status cd current track"), "1");
+    EXPECT_EQ(rig->Result("status cd media present"), "true");
+    EXPECT_EQ(rig->Result("status cd length"), "12000");
+
+    rig->sink->Hold(1);
+    ASSERT_TRUE(rig->sink->WaitForCalls(4));
+    EXPECT_EQ(rig->Result("status cd position"), Rig::Ms(12));
+
+    ASSERT_TRUE(rig->Send("stop cd").ok());
+    EXPECT_EQ(rig->Result("status cd mode"), "stopped");
+    EXPECT_EQ(rig->sink->Writes(), 3);
+    EXPECT_EQ(rig->sink->Drops(), 1);
+    rig->sink->Release();
+    EXPECT_EQ(rig->sink->Writes(), 3);
+    EXPECT_EQ(rig->Result("status cd position"), Rig::Ms(12));
+
+    // Play without "from" goes on where it stopped.
+    ASSERT_TRUE(rig->Send("play cd to " + Rig::Ms(kTrack2) + " wait").ok());
+    EXPECT_TRUE(rig->sink->Bytes() == rig->FromFile(0, kTrack2));
+}
+
+TEST(CdAudioStatus, LengthsAndPositionsOfTheDiscAndItsTracks) {
+    auto rig = Load(discgen::AudioThreeTracks());
+    ASSERT_TRUE(rig);
+    EXPECT_EQ(rig->Result("status cd position"), "2000");  // the first track's start
+    EXPECT_EQ(rig->Result("status cd current track"), "1");
+    EXPECT_EQ(rig->Result("status cd length"), "12000");
+    EXPECT_EQ(rig->Result("status cd length track 2"), "3000");
+    EXPECT_EQ(rig->Result("status cd position track 3"), Rig::Ms(kTrack3));
+    EXPECT_EQ(rig->Result("status cd number of tracks"), "3");
+    EXPECT_EQ(rig->Result("status cd mode"), "stopped");
+    EXPECT_EQ(rig->Send("status cd length track 4").error, audiocd::kCdAudioOutOfRange);
+
+    rig->Send("set cd time format msf");
+    EXPECT_EQ(rig->Result("status cd length"), "00:12:00");
+    EXPECT_EQ(rig->Result("status cd position track 2"), "00:06:00");
+    EXPECT_EQ(audiocd::SendCommand(*rig->cd, "status cd number of tracks"), 3);
+}
+
+TEST(CdAudioErrors, WrongCommandsChangeNothing) {
+    auto rig = Load(discgen::AudioThreeTracks());
+    ASSERT_TRUE(rig);
+    std::string text;
+    EXPECT_EQ(audiocd::SendCommand(*rig->cd, "stop other", &text), 0);
+    EXPECT_EQ(text, "Unter diesem Alias ist kein Gerät geöffnet. other");
+    EXPECT_EQ(rig->Send("open " + rig->handle + " alias CD").error, audiocd::kCdAudioAliasInUse);
+    EXPECT_EQ(rig->Send("open /dev/plattmix-sr9: alias x").error, audiocd::kCdAudioNoSuchDrive);
+    EXPECT_EQ(rig->Send("open " + rig->handle + " type waveaudio alias y").error,
+              audiocd::kCdAudioWrongType);
+    EXPECT_EQ(rig->Send("play cd from 0").error, audiocd::kCdAudioOutOfRange);  // the pre-gap
+    EXPECT_EQ(rig->Send("play cd from " + Rig::Ms(kLeadOut)).error, audiocd::kCdAudioOutOfRange);
+    EXPECT_EQ(rig->Send("play cd from 3000 to 3000").error, audiocd::kCdAudioOutOfRange);
+    EXPECT_EQ(rig->Send("play cd from drei").error, audiocd::kCdAudioBadNumber);
+    EXPECT_EQ(rig->Send("pause cd").error, audiocd::kCdAudioUnknownCommand);
+    EXPECT_EQ(rig->sink->Opens(), 0);
+    // Aliases in any case; the device still works.
+    EXPECT_EQ(rig->Result("STATUS Cd number of tracks"), "3");
+    EXPECT_TRUE(rig->Send("close cd").ok());
+    EXPECT_EQ(rig->Send("status cd mode").error, audiocd::kCdAudioNotOpen);
+}
+
+TEST(CdAudioErrors, DataTracksAndMissingDiscs) {
+    auto rig = Load(discgen::DataTrackFirst());
+    ASSERT_TRUE(rig);
+    EXPECT_EQ(rig->Send("play cd from 2000").error, audiocd::kCdAudioNotAudio);
+    EXPECT_EQ(rig->sink->Opens(), 0);
+
+    const auto empty = rig->drive->AddDrive("");
+    ASSERT_TRUE(rig->Send("open " + empty.Value() + ": alias leer").ok());
+    EXPECT_EQ(rig->Send("play leer from 2000").error, audiocd::kCdAudioNotReady);
+    EXPECT_EQ(rig->Send("status leer length").error, audiocd::kCdAudioNotReady);
+    EXPECT_EQ(rig->Result("status leer mode"), "not ready");
+    EXPECT_EQ(rig->Result("status leer media present"), "false");
+    rig->drive->OpenTray(empty.Value());
+    EXPECT_EQ(rig->Result("status leer mode"), "open");
+}
+
+TEST(CdAudioErrors, NoAudioOutputFailsThePlayAloneWithAClearText) {
+    auto rig = Load(discgen::AudioThreeTracks());
+    ASSERT_TRUE(rig);
+    rig->sink->openError = "(ALSA-Gerät default: No such file or directory)";
+    const auto reply = rig->Send("play cd from 2000");
+    EXPECT_EQ(reply.error, audiocd::kCdAudioNoOutput);
+    EXPECT_EQ(reply.errorText,
+              "Keine Audioausgabe verfügbar. (ALSA-Gerät default: No such file or directory)");
+    EXPECT_EQ(rig->Result("status cd mode"), "stopped");
+    EXPECT_EQ(rig->Result("status cd position"), "2000");
+    EXPECT_EQ(rig->sink->Writes(), 0);
+
+    rig->sink->openError.clear();
+    ASSERT_TRUE(rig->Send("play cd from 2000 to 3000 wait").ok());
+    EXPECT_TRUE(rig->sink->Bytes() == rig->FromFile(0, 75));
+
+    CdAudio silent(*rig->drive, {});
+    ASSERT_TRUE(silent.SendString("open " + rig->handle + " alias s").ok());
+    EXPECT_EQ(silent.SendString("play s from 00:02:00").error, audiocd::kCdAudioNoOutput);
+}
+
+TEST(CdAudioErrors, AFailureWhilePlayingEndsThePlaybackAndIsKept) {
+    auto rig = Load(discgen::AudioThreeTracks());
+    ASSERT_TRUE(rig);
+    // Blocks of 27 from 300: the one from 381 holds the bad sector.
+    rig->drive->AddReadError(rig->handle, 400, 1);
+    const auto reply = rig->Send("play cd from " + Rig::Ms(kTrack2) + " wait");
+    EXPECT_EQ(reply.error, audiocd::kCdAudioReadFailed);
+    EXPECT_EQ(reply.errorText,
+              "Die Disk konnte beim Abspielen nicht gelesen werden. (Sektoren 381 - 408)");
+    EXPECT_TRUE(rig->sink->Bytes() == rig->FromFile(kTrack2, 381));
+    EXPECT_EQ(rig->cd->PlaybackError("cd"), reply.errorText);
+    EXPECT_EQ(rig->Result("status cd mode"), "stopped");
+
+    rig->drive->ClearFaults(rig->handle);
+    rig->sink->writeError = "(Gerät entfernt)";
+    EXPECT_EQ(rig->Send("play cd from 2000 wait").error, audiocd::kCdAudioNoOutput);
+    EXPECT_EQ(rig->cd->PlaybackError("cd"), "Keine Audioausgabe verfügbar. (Gerät entfernt)");
+}
+
+TEST(CdAudioDoor, SetDoorMovesTheTrayAndStopsThePlayer) {
+    auto rig = Load(discgen::AudioThreeTracks());
+    ASSERT_TRUE(rig);
+    rig->sink->Hold(0);
+    ASSERT_TRUE(rig->Send("play cd from 2000").ok());
+    ASSERT_TRUE(rig->sink->WaitForCalls(1));
+    ASSERT_TRUE(rig->Send("set cd door open").ok());
+    EXPECT_EQ(rig->sink->Drops(), 1);
+    EXPECT_TRUE(rig->drive->IsTrayOpen(rig->handle));
+    EXPECT_EQ(rig->Result("status cd mode"), "open");
+    EXPECT_EQ(scsi::GetTrayState(*rig->drive, rig->handle), 1);
+
+    ASSERT_TRUE(rig->Send("set cd door closed").ok());
+    EXPECT_FALSE(rig->drive->IsTrayOpen(rig->handle));
+    // The reloaded disc reports its change first; the state is still "closed".
+    std::vector<int> pauses;
+    EXPECT_EQ(scsi::GetTrayState(*rig->drive, rig->handle, [&](int ms) { pauses.push_back(ms); }),
+              0);
+    EXPECT_TRUE(pauses.empty());
+    rig->drive->SetBecomingReady(rig->handle, 1);
+    rig->drive->OpenTray(rig->handle);
+    rig->drive->CloseTray(rig->handle);
+    EXPECT_EQ(scsi::GetTrayState(*rig->drive, rig->handle, [&](int ms) { pauses.push_back(ms); }),
+              0);
+    EXPECT_EQ(pauses, std::vector<int>(1, 1000));
+}
+
+TEST(OpenCloseCD, SendsOpenSetCloseAndNothingAfterAFailedOpen) {
+    std::vector<std::string> sent;
+    bool openWorks = true, setWorks = true;
+    const audiocd::MciExecuteFn execute = [&](const std::string& command) {
+        sent.push_back(command);
+        return command.starts_with("Open")  ? openWorks
+               : command.starts_with("Set") ? setWorks
+                                            : true;
+    };
+    EXPECT_TRUE(audiocd::OpenCloseCD(execute, "/dev/sr0", true));
+    EXPECT_EQ(sent, (std::vector<std::string>{"Open /dev/sr0: Type CDAudio Alias sr0CDDrive",
+                                              "Set sr0CDDrive Door Open", "Close sr0CDDrive"}));
+    sent.clear();
+    EXPECT_TRUE(audiocd::OpenCloseCD(execute, "/dev/sr1:  QEMU    QEMU DVD-ROM    2.5+", false));
+    EXPECT_EQ(sent[0], "Open /dev/sr1: Type CDAudio Alias sr1CDDrive");
+    EXPECT_EQ(sent[1], "Set sr1CDDrive Door Closed");
+
+    sent.clear();
+    openWorks = false;
+    EXPECT_FALSE(audiocd::OpenCloseCD(execute, "/dev/sr0", true));
+    EXPECT_EQ(sent, std::vector<std::string>{"Open /dev/sr0: Type CDAudio Alias sr0CDDrive"});
+
+    sent.clear();
+    openWorks = true;
+    setWorks = false;
+    EXPECT_FALSE(audiocd::OpenCloseCD(execute, "/dev/sr0", true));
+    EXPECT_EQ(sent.back(), "Close sr0CDDrive");  // the alias is free for the next press
+
+    sent.clear();
+    EXPECT_FALSE(audiocd::OpenCloseCD(execute, "  ", true));
+    EXPECT_TRUE(sent.empty());
+    EXPECT_EQ(audiocd::DoorAlias("/home/ich/Meine Musik/album.cue"), "albumcueCDDrive");
+    EXPECT_EQ(audiocd::OpenCloseCD(execute, "/a b/c d.cue", true), false);
+    EXPECT_EQ(sent.front(), "Open \"/a b/c d.cue:\" Type CDAudio Alias cdcueCDDrive");
+}
+
+TEST(OpenCloseCD, MovesTheImageDrivesDoorAndShowsWhyNot) {
+    auto rig = Load(discgen::AudioThreeTracks());
+    ASSERT_TRUE(rig);
+    std::vector<std::string> boxes;
+    rig->cd->SetErrorBox([&](const std::string& text) { boxes.push_back(text); });
+    EXPECT_TRUE(audiocd::OpenCloseCD(*rig->cd, rig->handle, true));
+    EXPECT_TRUE(rig->drive->IsTrayOpen(rig->handle));
+    EXPECT_TRUE(audiocd::OpenCloseCD(*rig->cd, rig->handle, false));
+    EXPECT_FALSE(rig->drive->IsTrayOpen(rig->handle));
+    EXPECT_TRUE(boxes.empty());
+
+    EXPECT_FALSE(audiocd::OpenCloseCD(*rig->cd, "/dev/plattmix-sr9", true));
+    EXPECT_EQ(boxes, std::vector<std::string>{"Dieses Laufwerk gibt es nicht. /dev/plattmix-sr9:"});
+    EXPECT_FALSE(rig->drive->IsTrayOpen(rig->handle));
+}
+
+TEST(CdAudioPlay, AnEnhancedDiscsAudioEndsBeforeTheSessionGap) {
+    const auto spec = discgen::Enhanced();
+    auto rig = Load(spec);
+    ASSERT_TRUE(rig);
+    const auto& track2 = rig->disc.tracks[1];
+    EXPECT_EQ(rig->Result("status cd length track 2"),
+              std::to_string(FramesToMilliseconds(track2.lengthSectors)));
+    ASSERT_TRUE(rig->Send("play cd from " + Rig::Ms(track2.startLba) + " wait").ok());
+    EXPECT_TRUE(rig->sink->Bytes() ==
+                rig->FromFile(track2.startLba, track2.startLba + track2.lengthSectors));
+    EXPECT_EQ(rig->Send("play cd from " + Rig::Ms(rig->disc.tracks[2].startLba)).error,
+              audiocd::kCdAudioNotAudio);
+}
+
+TEST(CdAudioSharedTransport, TheWindowReadsTheDiscWhileTheWorkerPlays) {
+    auto rig = Load(discgen::AudioThreeTracks(), true);
+    ASSERT_TRUE(rig);
+    auto& shared = static_cast<audiocd::CdAudioSharedTransport&>(*rig->shared);
+    ASSERT_TRUE(rig->Send("play cd from 2000").ok());
+    int reads = 0;
+    while (rig->Result("status cd mode") == "playing") {
+        EXPECT_EQ(audiocd::ReadTrackList(shared, rig->handle).rows.size(), 3u);
+        ++reads;
+    }
+    EXPECT_TRUE(rig->sink->Bytes() == rig->FromFile(0, kLeadOut));
+    EXPECT_TRUE(rig->cd->PlaybackError("cd").empty()) << reads;
+
+    // Each thread reads back the sense of its own last command.
+    const auto empty = rig->drive->AddDrive("");
+    std::string emptyHandle = empty.Value();
+    EXPECT_NE(modMMC::TestUnitReady(shared, emptyHandle), 0);
+    std::thread other([&] {
+        std::string handle = rig->handle;
+        EXPECT_EQ(modMMC::TestUnitReady(shared, handle), 0);
+        EXPECT_EQ(shared.LastASC(), 0);
+    });
+    other.join();
+    EXPECT_EQ(shared.LastASC(), 0x3A);
+    EXPECT_EQ(shared.LastASCQ(), 0x01);
+}

@@ -1,0 +1,172 @@
+// plattmix-cli tray and play over generated discs and nodes that are no drives: the state
+// printed, the door's messages, the bytes played, and a machine without an audio device.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+
+#include "AlsaSink.h"
+#include "Commands.h"
+#include "DiscWriter.h"
+#include "Fixtures.h"
+#include "TrayCommand.h"
+#include "audiocd/CdAudioTestSink.h"
+#include "common/ScratchFolder.h"
+
+using namespace plattmix;
+using namespace plattmix::cli;
+namespace fs = std::filesystem;
+
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+
+struct Outcome {
+    int code;
+    std::string out, err;
+};
+
+CliArgs Args(const std::vector<std::string>& words) {
+    const ParseResult parsed = ParseCommandLine(words);
+    EXPECT_TRUE(parsed.args) << parsed.error;
+    return parsed.args.value_or(CliArgs{});
+}
+
+Outcome Tray(const std::vector<std::string>& words) {
+    std::vector<std::string> all{"tray"};
+    all.insert(all.end(), words.begin(), words.end());
+    std::ostringstream out, err;
+    const int code = RunCommand(Args(all), out, err);
+    return {code, out.str(), err.str()};
+}
+
+Outcome Play(const std::vector<std::string>& words, const audiocd::AudioSinkFactory& sinks) {
+    std::vector<std::string> all{"play"};
+    all.insert(all.end(), words.begin(), words.end());
+    std::ostringstream out, err;
+    const int code = RunPlayCommand(Args(all), out, err, false, sinks);
+    return {code, out.str(), err.str()};
+}
+
+// A generated disc's sheet and the bytes of its single audio file.
+struct Disc {
+    std::string cue;
+    Bytes audio;
+};
+Disc Write(const discgen::DiscSpec& spec) {
+    const auto written = discgen::WriteDisc(spec, test::ScratchFolder("cli"));
+    EXPECT_TRUE(written.ok()) << written.error;
+    if (!written.ok())
+        return {};
+    std::ifstream in(written.value->files.back().path, std::ios::binary);
+    return {written.value->cuePath.string(), Bytes(std::istreambuf_iterator<char>(in), {})};
+}
+
+Bytes Sectors(const Bytes& audio, int32_t from, int32_t to) {
+    return Bytes(audio.begin() + from * 2352, audio.begin() + to * 2352);
+}
+
+}  // namespace
+
+TEST(CliTray, PrintsTheStateOrWhyItIsUnknown) {
+    const Disc disc = Write(discgen::AudioThreeTracks());
+    const Outcome closed = Tray({"--drive", disc.cue});
+    EXPECT_EQ(closed.code, kExitDone) << closed.err;
+    EXPECT_EQ(closed.out, "0\n");
+
+    const Outcome none = Tray({"--drive", "/dev/plattmix-sr9"});
+    EXPECT_EQ(none.code, kExitFailed);
+    EXPECT_EQ(none.out, "-1\n");
+
+    EXPECT_EQ(Tray({}).code, kExitUsage);
+    EXPECT_EQ(Tray({"--drive", disc.cue, "auf"}).code, kExitUsage);
+    EXPECT_EQ(Tray({"--drive", disc.cue, "open", "close"}).code, kExitUsage);
+}
+
+TEST(CliTray, MovesTheDoorOrSaysSo) {
+    const Disc disc = Write(discgen::AudioThreeTracks());
+    EXPECT_EQ(Tray({"--drive", disc.cue, "open"}).code, kExitDone);
+    EXPECT_EQ(Tray({"--drive", disc.cue, "close"}).code, kExitDone);
+
+    const Outcome open = Tray({"--drive", "/dev/plattmix-sr9", "open"});
+    EXPECT_EQ(open.code, kExitFailed);
+    EXPECT_EQ(open.err,
+              "Kein optisches Laufwerk: /dev/plattmix-sr9\n"
+              "Konnte Laufwerk nicht öffnen! Bitte manuell versuchen!\n");
+    const Outcome close = Tray({"--drive", "/dev/plattmix-sr9", "close"});
+    EXPECT_NE(close.err.find("Konnte Laufwerk nicht schließen! Bitte manuell versuchen!"),
+              std::string::npos);
+}
+
+TEST(CliPlay, PlaysTheTracksBytesForTheSecondsAsked) {
+    const Disc disc = Write(discgen::AudioThreeTracks());  // tracks at 0, 300, 525; end 900
+    auto record = std::make_shared<test::SinkRecord>();
+    const Outcome two =
+        Play({"--drive", disc.cue, "--track", "2", "--seconds", "2"}, test::TestSinks(record));
+    EXPECT_EQ(two.code, kExitDone) << two.err;
+    EXPECT_EQ(two.out, "Track 2: 00:02 gespielt.\n");
+    EXPECT_TRUE(record->Bytes() == Sectors(disc.audio, 300, 450));
+
+    // Longer than the track: it ends with the track.
+    record = std::make_shared<test::SinkRecord>();
+    const Outcome whole =
+        Play({"--drive", disc.cue, "--track", "3", "--seconds", "60"}, test::TestSinks(record));
+    EXPECT_EQ(whole.code, kExitDone) << whole.err;
+    EXPECT_EQ(whole.out, "Track 3: 00:05 gespielt.\n");
+    EXPECT_TRUE(record->Bytes() == Sectors(disc.audio, 525, 900));
+}
+
+TEST(CliPlay, RefusesWhatItCannotPlay) {
+    const Disc disc = Write(discgen::DataTrackFirst());
+    auto record = std::make_shared<test::SinkRecord>();
+    const auto sinks = test::TestSinks(record);
+    const Outcome data = Play({"--drive", disc.cue, "--track", "1", "--seconds", "2"}, sinks);
+    EXPECT_EQ(data.code, kExitFailed);
+    EXPECT_EQ(data.err, "Track 1 ist ein Datentrack.\n");
+    for (const auto& words : std::vector<std::vector<std::string>>{
+             {"--drive", disc.cue, "--track", "2"},
+             {"--drive", disc.cue, "--track", "0", "--seconds", "2"},
+             {"--drive", disc.cue, "--track", "4", "--seconds", "2"},
+             {"--drive", disc.cue, "--track", "2", "--seconds", "zwei"},
+             {"--drive", disc.cue, "--track", "2", "--seconds", "2", "laut"}}) {
+        EXPECT_EQ(Play(words, sinks).code, kExitUsage) << words[3];
+    }
+    EXPECT_EQ(record->Opens(), 0);
+}
+
+TEST(CliPlay, WithoutAnAudioDeviceItFailsWithAClearText) {
+    const Disc disc = Write(discgen::AudioThreeTracks());
+    auto record = std::make_shared<test::SinkRecord>();
+    record->openError = "(ALSA-Gerät default: No such file or directory)";
+    const Outcome failed =
+        Play({"--drive", disc.cue, "--track", "1", "--seconds", "1"}, test::TestSinks(record));
+    EXPECT_EQ(failed.code, kExitFailed);
+    EXPECT_EQ(failed.out, "");
+    EXPECT_EQ(failed.err,
+              "Keine Audioausgabe verfügbar. (ALSA-Gerät default: No such file or directory)\n");
+
+    // The same through the desktop's output on a machine that has none.
+    if (fs::exists("/dev/snd"))
+        GTEST_SKIP() << "this machine has a sound device";
+    std::ostringstream out, err;
+    const int code =
+        RunCommand(Args({"play", "--drive", disc.cue, "--track", "1", "--seconds", "1"}), out, err);
+    EXPECT_EQ(code, kExitFailed);
+    EXPECT_EQ(out.str(), "");
+    EXPECT_TRUE(err.str().starts_with("Keine Audioausgabe verfügbar. (ALSA-Gerät default: "))
+        << err.str();
+    // Nothing else is affected: the drive still answers.
+    EXPECT_EQ(Tray({"--drive", disc.cue}).out, "0\n");
+}
+
+TEST(AlsaSink, AnUnknownDeviceFailsCleanly) {
+    const auto sink = audiocd::CreateAlsaSink("plattmix_keine_ausgabe");
+    const std::string why = sink->Open();
+    EXPECT_TRUE(why.starts_with("(ALSA-Gerät plattmix_keine_ausgabe: ")) << why;
+    const Bytes frames(2352, 0);
+    EXPECT_FALSE(sink->Write(frames, {}).empty());
+    sink->Drain();
+    sink->Drop();
+}
