@@ -10,21 +10,15 @@
 
 namespace plattmix::testbed {
 
-namespace {
+std::string CommandOutput::Text() const {
+    std::string text = "exit " + std::to_string(code) + ":";
+    for (const auto& line : lines)
+        text += " [" + line + "]";
+    return text;
+}
 
-struct Output {
-    int code = -1;
-    std::vector<std::string> lines;
-    std::string Text() const {
-        std::string text = "exit " + std::to_string(code) + ":";
-        for (const auto& line : lines)
-            text += " [" + line + "]";
-        return text;
-    }
-};
-
-Output Run(const std::string& command) {
-    Output out;
+CommandOutput RunInGuest(const std::string& command) {
+    CommandOutput out;
     FILE* pipe = ::popen((command + " 2>&1").c_str(), "r");
     if (pipe == nullptr)
         return out;
@@ -41,6 +35,8 @@ Output Run(const std::string& command) {
     return out;
 }
 
+namespace {
+
 // QEMU's drives answer INQUIRY with this identification.
 constexpr const char* kQemuIdent = "QEMU    QEMU DVD-ROM    2.5+";
 
@@ -50,7 +46,7 @@ void CheckCommandLine(Report& report, const std::string& cli) {
     if (!report.Check("cli.present", std::filesystem::exists(cli), cli))
         return;
 
-    const Output drives = Run(cli + " drives");
+    const CommandOutput drives = RunInGuest(cli + " drives");
     report.Check("cli.drives",
                  drives.code == 0 && drives.lines.size() == 2 &&
                      drives.lines[0] == std::string("/dev/sr0:  ") + kQemuIdent &&
@@ -59,19 +55,19 @@ void CheckCommandLine(Report& report, const std::string& cli) {
 
     // Disc A: one data track of 1200 sectors, so the lead-out is at 00:18:00.
     const std::string row = "1      00:16   00:02:00  00:18:00  Daten";
-    const Output first = Run(cli + " toc");
+    const CommandOutput first = RunInGuest(cli + " toc");
     report.Check("cli.toc.first-drive",
                  first.code == 0 && first.lines.size() == 2 && first.lines[1] == row, first.Text());
-    const Output named = Run(cli + " toc --drive /dev/sr0");
+    const CommandOutput named = RunInGuest(cli + " toc --drive /dev/sr0");
     report.Check("cli.toc.sr0", named.code == 0 && named.lines == first.lines, named.Text());
 
-    const Output empty = Run(cli + " toc --drive /dev/sr1");
+    const CommandOutput empty = RunInGuest(cli + " toc --drive /dev/sr1");
     report.Check(
         "cli.toc.empty-drive",
         empty.code == 1 && empty.lines.size() == 1 && empty.lines[0] == "Keine Disk im Laufwerk",
         empty.Text());
 
-    const Output missing = Run(cli + " drives --drive /dev/sr7");
+    const CommandOutput missing = RunInGuest(cli + " drives --drive /dev/sr7");
     report.Check("cli.not-a-drive", missing.code == 1, missing.Text());
 }
 

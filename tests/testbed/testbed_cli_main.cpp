@@ -1,18 +1,26 @@
-// plattmix-cli's drive commands as one static program for the test bed's guest, which has no
-// room for the encoding libraries the other commands need.
+// plattmix-cli's drive and tray commands as one static program for the test bed's guest, which
+// has no room for the encoding libraries the other commands need.
 #include <iostream>
 #include <string>
 #include <vector>
 
 #include "CliArgs.h"
 #include "DriveCommands.h"
+#include "TrayCommand.h"
 
 int main(int argc, char** argv) {
     using namespace plattmix::cli;
     const std::vector<std::string> words(argv + 1, argv + argc);
     const ParseResult parsed = ParseCliArgs(words, {"--drive"}, {});
-    if (!parsed.args || (parsed.args->command != "drives" && parsed.args->command != "toc")) {
-        std::cerr << "Aufruf: plattmix-cli drives|toc [--drive LAUFWERK]\n";
+    if (!parsed.args) {
+        std::cerr << parsed.error << '\n';
+        return kExitUsage;
+    }
+    if (parsed.args->command == "tray")
+        return RunTrayCommand(*parsed.args, std::cout, std::cerr);
+    if (parsed.args->command != "drives" && parsed.args->command != "toc") {
+        std::cerr << "Aufruf: plattmix-cli drives|toc [--drive LAUFWERK] | tray --drive "
+                     "LAUFWERK [open|close]\n";
         return kExitUsage;
     }
     return RunDriveCommand(*parsed.args, std::cout, std::cerr);

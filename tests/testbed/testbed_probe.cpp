@@ -27,6 +27,7 @@
 #include "CommandLineChecks.h"
 #include "ProbeChannel.h"
 #include "ScsiStatus.h"
+#include "TrayChecks.h"
 #include "TreeChecks.h"
 #include "clsSPTI.h"
 #include "modMMC.h"
@@ -545,6 +546,8 @@ int main(int argc, char** argv) {
         testbed::CheckCommandLine(report, data + "/plattmix-cli");
         Probe probe(channel, report, data);
         probe.Run();
+        // Last: it leaves drive 1 empty.
+        testbed::CheckTray(report, channel, data + "/plattmix-cli");
     } else {
         // The other driver set-ups boot and list what the transport finds.
         scsi::clsSPTI spti;
