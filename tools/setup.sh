@@ -12,6 +12,8 @@ packages=(
     libisofs-dev libburn-dev libisoburn-dev
     # virtual drives: udisks2 over D-Bus through sd-bus
     libsystemd-dev
+    # the CD player's audio output
+    libasound2-dev
     # the window: Qt 6 Widgets, Tahoma (Wine's metric-compatible one) and Arial's stand-in
     qt6-base-dev fonts-wine fonts-liberation2
     # the window's tests on a real X display, and checks of the installed desktop files
