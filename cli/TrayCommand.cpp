@@ -94,13 +94,10 @@ std::string Clock(int64_t milliseconds) {
 }
 
 // Sends one command; the error's text goes to err.
-bool Send(audiocd::CdAudio& cdAudio, const std::string& command, std::ostream& err,
-          std::string* result = nullptr) {
+bool Send(audiocd::CdAudio& cdAudio, const std::string& command, std::ostream& err) {
     const audiocd::MciReply reply = cdAudio.SendString(command);
     if (!reply.ok())
         err << reply.errorText << '\n';
-    else if (result != nullptr)
-        *result = reply.result;
     return reply.ok();
 }
 

@@ -25,7 +25,7 @@ int ErrorOf(std::string_view text) {
 
 }  // namespace
 
-TEST(ParseMciCommand, TheWindowsStrings) {
+TEST(ParseMciCommand, StringsTheWindowSends) {
     const MciCommand door = Parsed("Open /dev/sr0: Type CDAudio Alias sr0CDDrive");
     EXPECT_EQ(door.verb, MciVerb::Open);
     EXPECT_EQ(door.device, "/dev/sr0:");
