@@ -18,6 +18,8 @@
 #include <QTimer>
 #include <QUrl>
 
+#include "AlsaSink.h"
+#include "CdAudioSharedTransport.h"
 #include "DriveList.h"
 #include "MountPoint.h"
 #include "MsgBox.h"
@@ -54,7 +56,8 @@ const char* const kTextNoAudioCd = "Keine Audio CD im Laufwerk ---> Button Aktua
 }  // namespace
 
 WindowOptions DefaultWindowOptions() {
-    return {shell::LanguagesFolder(), CreatePassThroughTransport, CreateFallbackTransport, {}, {}};
+    return {
+        shell::LanguagesFolder(), CreatePassThroughTransport, CreateFallbackTransport, {}, {}, {}};
 }
 
 frmMain::frmMain(shell::SettingsPaths paths, WindowOptions options, QWidget* parent)
@@ -124,6 +127,20 @@ void frmMain::LoadRecentFolders() {
 }
 
 bool frmMain::ChooseTransport() {
+    if (!SelectDriveTransport())
+        return false;
+    // The player reads the disc on its own thread; the window's reads and its share one lock.
+    auto shared = std::make_unique<audiocd::CdAudioSharedTransport>(std::move(transport_));
+    shared_ = shared.get();
+    transport_ = std::move(shared);
+    cdAudio_ = std::make_unique<audiocd::CdAudio>(
+        *transport_, options_.audioSinks ? options_.audioSinks : audiocd::AlsaSinkFactory());
+    cdAudio_->SetErrorBox(
+        [this](const std::string& text) { MsgBox(this, Q(text), MsgBoxStyle::Exclamation); });
+    return true;
+}
+
+bool frmMain::SelectDriveTransport() {
     transport_ = scsi::SelectTransport(options_.firstTransport, options_.fallbackTransport);
     if (transport_)
         return true;
@@ -212,6 +229,7 @@ void frmMain::ShowTrackList(const std::string& handle) {
         item->setCheckState(0, Qt::Unchecked);
         // The content kind the Start command reads: 1 audio, 2 data.
         item->setData(0, Qt::UserRole, row.inhalt == audiocd::kTextData ? 2 : 1);
+        item->setData(0, kStartLbaRole, row.startLba);
     }
     std::string emptyText = list.emptyText;
     // The drive answered READ TOC, yet its table lists no track at all (a lead-out alone, or
@@ -302,18 +320,10 @@ void frmMain::Form_Unload() {
     shell::WriteIni(paths_, "Diskolo", "Text1",
                     prefix.isEmpty() ? std::string("Track") : prefix.toStdString());
     StopPlayer();
+    if (cdAudio_)
+        SendCommand("close " + std::string(kPlayerAlias));
     playing_ = false;
     Timer6->stop();
-}
-
-void frmMain::StopPlayer() {
-    // The CD player comes with the playback work; nothing plays yet.
-}
-
-void frmMain::ReopenPlayer() {}
-
-void frmMain::UpdateTrayCaption() {
-    // Command4's caption follows the tray state once the drive's tray can be asked.
 }
 
 }  // namespace plattmix::window

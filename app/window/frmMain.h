@@ -12,7 +12,10 @@
 
 #include "BurnJob.h"
 #include "BurnService.h"
+#include "CdAudio.h"
+#include "CdAudioSharedTransport.h"
 #include "FolderListing.h"
+#include "IAudioSink.h"
 #include "ISCSI.h"
 #include "TransportSelection.h"
 #include "modLanguage.h"
@@ -44,12 +47,18 @@ struct WindowOptions {
     scsi::TransportFactory fallbackTransport;
     // The disc-writing service behind the burning page; empty means libburn.
     std::function<std::unique_ptr<authoring::IBurnService>()> burnService;
+    // Where the CD player's sound goes; empty means the desktop's audio output.
+    audiocd::AudioSinkFactory audioSinks;
     // Where a drive's disc is mounted; empty means the kernel's mount table.
     std::function<std::string(const std::string& handle)> driveRoot;
 };
 WindowOptions DefaultWindowOptions();
 
 enum Page { kPageRip = 0, kPageIso = 1, kPageBurn = 2 };
+
+// The CD player's device alias; a track row keeps its first block under this role.
+inline constexpr const char* kPlayerAlias = "plattmixCD";
+inline constexpr int kStartLbaRole = Qt::UserRole + 1;
 
 class frmMain final : public QMainWindow {
     Q_OBJECT
@@ -64,7 +73,8 @@ class frmMain final : public QMainWindow {
 
     const shell::SettingsPaths& Paths() const { return paths_; }
     const shell::LanguageTexts& Language() const { return lang_; }
-    scsi::ISCSI* Transport() const { return transport_.get(); }
+    // The drives themselves, below the lock the window shares with the player.
+    scsi::ISCSI* Transport() const { return shared_ != nullptr ? &shared_->Inner() : nullptr; }
     const std::string& DriveRoot() const { return driveRoot_; }
 
     // Window-wide state.
@@ -145,6 +155,10 @@ class frmMain final : public QMainWindow {
     void Command2_Click();
     void Command3_Click();
     void Command7_Click();
+    void Command4_Click();
+    void Command5_Click();
+    void Command6_Click();
+    void Timer6_Timer();
     void Command8_Click();
     void Command9_Click();
     void Command10_Click();
@@ -186,6 +200,7 @@ class frmMain final : public QMainWindow {
     void ApplyTabSize();
     void LoadRecentFolders();
     bool ChooseTransport();
+    bool SelectDriveTransport();
     void LoadSettings();
     void LoadLanguage();
     void Form_Unload();
@@ -241,16 +256,27 @@ class frmMain final : public QMainWindow {
     authoring::BurnResult RunBurn(
         const std::function<authoring::BurnResult(const authoring::BurnHooks&)>& job);
 
-    // Parts of the window that come with later work and do nothing yet.
+    // The CD player, the door and the tray (frmMainPlayer.cpp).
+    int64_t SendCommand(const std::string& command, std::string* errorText = nullptr);
+    void OpenPlayer();
     void StopPlayer();
     void ReopenPlayer();
+    int16_t TrayState();
     void UpdateTrayCaption();
+    QTreeWidgetItem* RowToPlay() const;
+    void ShowPlayerStatus(const QString& text, int track);
+
     void StartBurnJob();
 
     shell::SettingsPaths paths_;
     WindowOptions options_;
     shell::LanguageTexts lang_;
     std::unique_ptr<scsi::ISCSI> transport_;
+    audiocd::CdAudioSharedTransport* shared_ = nullptr;  // transport_, once the player shares it
+    std::unique_ptr<audiocd::CdAudio> cdAudio_;          // plays through transport_; goes first
+    std::string playerDrive_;
+    int playerOpen_ = 0;  // 65535 once the player's device is open
+    int playerRow_ = -1;  // the row showing the player's status
     std::string driveRoot_;
     authoring::FolderListing listing_;  // the ISO source, as Command7 or Start listed it
     std::vector<QTreeWidgetItem*> compilationRows_;  // kept while another page shows its rows

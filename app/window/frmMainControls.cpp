@@ -311,6 +311,10 @@ void frmMain::ConnectHandlers() {
     connect(Command3, &QPushButton::clicked, this, &frmMain::Command3_Click);
     connect(Command7, &QPushButton::clicked, this, &frmMain::Command7_Click);
     connect(Command8, &QPushButton::clicked, this, &frmMain::Command8_Click);
+    connect(Command4, &QPushButton::clicked, this, &frmMain::Command4_Click);
+    connect(Command5[0], &QPushButton::clicked, this, &frmMain::Command5_Click);
+    connect(Command6, &QPushButton::clicked, this, &frmMain::Command6_Click);
+    connect(Timer6, &QTimer::timeout, this, &frmMain::Timer6_Timer);
     connect(Command9, &QPushButton::clicked, this, &frmMain::Command9_Click);
     connect(Command10, &QPushButton::clicked, this, &frmMain::Command10_Click);
     connect(Command11, &QPushButton::clicked, this, &frmMain::Command11_Click);

@@ -1,0 +1,209 @@
+// The ripping page's CD player (Play, Stop and the playing track's time in the track list), the
+// door button and its caption, which follows the tray.
+#include <QComboBox>
+#include <QPushButton>
+#include <QTimer>
+#include <algorithm>
+
+#include "CdAudioCommand.h"
+#include "CdAudioDoor.h"
+#include "MsgBox.h"
+#include "TrackListView.h"
+#include "TrayState.h"
+#include "frmMain.h"
+#include "modMSF.h"
+
+namespace plattmix::window {
+
+namespace {
+
+constexpr int kPlayerOpen = 65535;
+constexpr int kResultColumn = 5;
+constexpr int kAudioRow = 1;
+
+std::string Alias() {
+    return kPlayerAlias;
+}
+
+// "00" format.
+QString TwoDigits(int64_t value) {
+    return QStringLiteral("%1").arg(value, 2, 10, QLatin1Char('0'));
+}
+
+QString MinutesSeconds(int64_t milliseconds) {
+    const int64_t seconds = std::max<int64_t>(0, milliseconds) / 1000;
+    return TwoDigits(seconds / 60) + QStringLiteral(":") + TwoDigits(seconds % 60);
+}
+
+}  // namespace
+
+int64_t frmMain::SendCommand(const std::string& command, std::string* errorText) {
+    return audiocd::SendCommand(*cdAudio_, command, errorText);
+}
+
+void frmMain::OpenPlayer() {
+    playerDrive_ = audiocd::DriveFromEntry(cboDrv->currentText().toStdString());
+    SendCommand("Open " + audiocd::MciQuote(playerDrive_ + ":") + " Alias " + Alias() +
+                " wait shareable Type CDAudio");
+    SendCommand("set " + Alias() + " time format milliseconds");
+    playerOpen_ = kPlayerOpen;
+}
+
+void frmMain::StopPlayer() {
+    if (cdAudio_)
+        SendCommand("stop " + Alias());
+}
+
+// The player follows the drive chosen now: its device is closed and opened anew.
+void frmMain::ReopenPlayer() {
+    if (!cdAudio_ || cboDrv->currentIndex() < 0)
+        return;
+    SendCommand("stop " + Alias());
+    SendCommand("close " + Alias());
+    OpenPlayer();
+}
+
+// The row to play: the current one when it is an audio track, else the first checked audio
+// track, else the first audio track.
+QTreeWidgetItem* frmMain::RowToPlay() const {
+    const auto audio = [](const QTreeWidgetItem* row) {
+        return row != nullptr && row->data(0, Qt::UserRole).toInt() == kAudioRow;
+    };
+    if (audio(ExplorerListView1->currentItem()))
+        return ExplorerListView1->currentItem();
+    QTreeWidgetItem* first = nullptr;
+    for (int i = 0; i < ExplorerListView1->topLevelItemCount(); ++i) {
+        QTreeWidgetItem* row = ExplorerListView1->topLevelItem(i);
+        if (!audio(row))
+            continue;
+        if (row->checkState(0) == Qt::Checked)
+            return row;
+        if (first == nullptr)
+            first = row;
+    }
+    return first;
+}
+
+void frmMain::Command5_Click() {
+    if (isBusy || !cdAudio_)
+        return;
+    playerDrive_ = audiocd::DriveFromEntry(cboDrv->currentText().toStdString());
+    SendCommand("stop " + Alias());
+    std::string error;
+    SendCommand("status " + Alias() + " length", &error);
+    if (!error.empty())
+        ReopenPlayer();
+    if (playerOpen_ != kPlayerOpen)
+        OpenPlayer();
+    QTreeWidgetItem* row = RowToPlay();
+    if (row == nullptr)
+        return;
+    Timer6->start();
+    const int32_t start = row->data(0, kStartLbaRole).toInt();
+    const auto reply = cdAudio_->SendString(
+        "play " + Alias() + " from " +
+        std::to_string(audiocd::FramesToMilliseconds(start + modMSF::kPregapFrames)));
+    if (!reply.ok()) {
+        Timer6->stop();
+        MsgBox(this, QString::fromStdString(reply.errorText), MsgBoxStyle::Exclamation);
+        return;
+    }
+    playing_ = true;
+}
+
+void frmMain::Command6_Click() {
+    if (!cdAudio_)
+        return;
+    SendCommand("stop " + Alias());
+    playing_ = false;
+    Timer6->stop();
+    ShowPlayerStatus(QString(), -1);
+}
+
+// The playing track and its time, in that track's row: "[03] <01:23> 04:56" (position within
+// the track, then its length); "No DISC" when the disc went away.
+void frmMain::Timer6_Timer() {
+    std::string error;
+    const auto mode = cdAudio_->SendString("status " + Alias() + " mode");
+    if (!mode.ok() || mode.result == "not ready" || mode.result == "open") {
+        Timer6->stop();
+        playing_ = false;
+        ShowPlayerStatus(QStringLiteral("No DISC"), playerRow_);
+        return;
+    }
+    const int64_t track = SendCommand("status " + Alias() + " current track");
+    const int64_t position = SendCommand("status " + Alias() + " position");
+    const std::string trackItem = " track " + std::to_string(track);
+    const int64_t trackStart = SendCommand("status " + Alias() + " position" + trackItem);
+    const int64_t length = SendCommand("status " + Alias() + " length" + trackItem, &error);
+    if (mode.result != "playing") {
+        Timer6->stop();
+        playing_ = false;
+        const std::string why = cdAudio_->PlaybackError(Alias());
+        ShowPlayerStatus(QString::fromStdString(why), playerRow_);
+        return;
+    }
+    ShowPlayerStatus(QStringLiteral("[") + TwoDigits(track) + QStringLiteral("] <") +
+                         MinutesSeconds(position - trackStart) + QStringLiteral("> ") +
+                         MinutesSeconds(length),
+                     static_cast<int>(track));
+}
+
+// Writes text into the row of track (its "Ergebnis" column), clearing the row shown before.
+void frmMain::ShowPlayerStatus(const QString& text, int track) {
+    int row = -1;
+    for (int i = 0; i < ExplorerListView1->topLevelItemCount(); ++i) {
+        if (ExplorerListView1->topLevelItem(i)->text(0).toInt() == track)
+            row = i;
+    }
+    if (track >= 0 && row < 0)
+        row = playerRow_;
+    if (playerRow_ >= 0 && playerRow_ != row) {
+        if (QTreeWidgetItem* old = ExplorerListView1->topLevelItem(playerRow_))
+            old->setText(kResultColumn, QString());
+    }
+    playerRow_ = row;
+    if (QTreeWidgetItem* item = ExplorerListView1->topLevelItem(row))
+        item->setText(kResultColumn, text);
+}
+
+int16_t frmMain::TrayState() {
+    const std::string handle = SelectedDriveHandle();
+    if (handle.empty())
+        return scsi::kTrayUnknown;
+    return scsi::GetTrayState(*transport_, handle);
+}
+
+// The door button: stop playing, then open a closed tray or close an open one.
+void frmMain::Command4_Click() {
+    if (!isBusy)
+        Command6->click();
+    const std::string drive = cboDrv->currentText().toStdString();
+    const int16_t state = TrayState();
+    if (state == scsi::kTrayClosed) {
+        if (audiocd::OpenCloseCD(*cdAudio_, drive, true))
+            Command4->setText(Tr(QStringLiteral("Schließen")));
+        else
+            MsgBox(this, QStringLiteral("Konnte Laufwerk nicht öffnen! Bitte manuell versuchen!"),
+                   MsgBoxStyle::Critical);
+    } else if (state == scsi::kTrayOpen) {
+        if (audiocd::OpenCloseCD(*cdAudio_, drive, false))
+            Command4->setText(Tr(QStringLiteral("Disk Auswerfen")));
+        else
+            MsgBox(this,
+                   QStringLiteral("Konnte Laufwerk nicht schließen! Bitte manuell versuchen!"),
+                   MsgBoxStyle::Critical);
+    }
+    Timer2->start();
+}
+
+// The refresh tick's caption: what the button will do with the tray as it is now.
+void frmMain::UpdateTrayCaption() {
+    const int16_t state = TrayState();
+    if (state == scsi::kTrayOpen)
+        Command4->setText(Tr(QStringLiteral("Schließen")));
+    else if (state == scsi::kTrayClosed)
+        Command4->setText(Tr(QStringLiteral("Disk Auswerfen")));
+}
+
+}  // namespace plattmix::window
