@@ -22,6 +22,8 @@ packages=(
     locales
     # tests and benchmarks
     libgtest-dev libgmock-dev libbenchmark-dev clang-format
+    # the udisks2 tests' private message bus
+    dbus-daemon
     # the ISO benchmark's yardstick
     xorriso
 )

@@ -31,16 +31,20 @@ DriveResult Refused(DriveOutcome outcome, std::string text, const char* title, M
     return Finish(std::move(result), std::move(text), title, icon);
 }
 
+// The path with links resolved as far as it exists, without a trailing "/".
+std::string Resolved(const std::string& path) {
+    std::error_code ec;
+    std::string resolved = std::filesystem::weakly_canonical(path, ec).string();
+    if (ec)
+        resolved = path;
+    while (resolved.size() > 1 && resolved.back() == '/')
+        resolved.pop_back();
+    return resolved;
+}
+
 // The same place, the fixed mount point being possibly a link to where the volume is.
 bool SamePlace(const std::string& mountPoint, const std::string& fixed) {
-    if (mountPoint == fixed)
-        return true;
-    std::error_code ec;
-    const auto resolved = std::filesystem::weakly_canonical(fixed, ec);
-    if (ec)
-        return false;
-    const auto other = std::filesystem::weakly_canonical(mountPoint, ec);
-    return !ec && resolved == other;
+    return mountPoint == fixed || Resolved(mountPoint) == Resolved(fixed);
 }
 
 }  // namespace

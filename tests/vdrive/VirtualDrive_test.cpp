@@ -1,0 +1,200 @@
+// MountIso and UnmountIso over a scripted service: the outcomes the real kernel in the test bed
+// cannot be brought to (a refused attach, a volume without a file system, two drives of one
+// image, no service at all), and what the steps hand the service.
+#include "VirtualDrive.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <map>
+
+#include "common/ScratchFolder.h"
+#include "vdrive/VirtualDriveTestFiles.h"
+
+using namespace plattmix::vdrive;
+namespace fs = std::filesystem;
+
+namespace {
+
+class ScriptedService : public IVirtualDriveService {
+  public:
+    std::string Name() const override { return "scripted"; }
+    std::string FixedMountPoint() const override { return "/run/plattmix/L"; }
+    std::vector<std::string> DevicesOf(const ImageFile& image) override {
+        std::vector<std::string> devices;
+        for (const auto& [device, file] : backing)
+            if (file == image.realPath())
+                devices.push_back(device);
+        return devices;
+    }
+    AttachStep Attach(const ImageFile& image) override {
+        attached.push_back(image.realPath());
+        if (!attachError.empty())
+            return {"", attachError};
+        backing["/dev/loop7"] = image.realPath();
+        return {"/dev/loop7", ""};
+    }
+    MountPointStep MountAtFixedPoint(const std::string& device) override {
+        mountCalls.push_back(device);
+        if (mountOutcome == MountPointOutcome::Mounted)
+            mounts[device] = {FixedMountPoint()};
+        return {mountOutcome, mountOutcome == MountPointOutcome::Mounted ? "" : "scripted"};
+    }
+    std::vector<std::string> MountPointsOf(const std::string& device) override {
+        return mounts[device];
+    }
+    ServiceStep Detach(const std::string& device) override {
+        detached.push_back(device);
+        if (device == refuseDetach)
+            return {false, "busy"};
+        backing.erase(device);
+        mounts.erase(device);
+        return {true, ""};
+    }
+
+    std::map<std::string, std::string> backing;  // device -> backing file
+    std::map<std::string, std::vector<std::string>> mounts;
+    std::string attachError;
+    MountPointOutcome mountOutcome = MountPointOutcome::Mounted;
+    std::string refuseDetach;
+    std::vector<std::string> attached, mountCalls, detached;
+};
+
+const DriveMessage& Last(const DriveResult& result) {
+    return result.messages.back();
+}
+
+}  // namespace
+
+TEST(VirtualDrive, MountAttachesTheImageBehindALinkAndReportsTheFixedPoint) {
+    const fs::path folder = plattmix::test::ScratchFolder();
+    const std::string image = plattmix::test::WriteImageStub(folder / "Bild.iso");
+    fs::create_symlink("Bild.iso", folder / "verweis.iso");
+    ScriptedService service;
+
+    const DriveResult result = MountIso(&service, (folder / "verweis.iso").string());
+    EXPECT_EQ(result.outcome, DriveOutcome::Attached);
+    ASSERT_EQ(service.attached, std::vector<std::string>{fs::canonical(image).string()});
+    ASSERT_EQ(result.messages.size(), 2u);
+    EXPECT_EQ(result.messages[0].text, "OK");
+    EXPECT_EQ(result.messages[0].title, "");
+    EXPECT_EQ(result.messages[0].icon, MessageIcon::None);
+    EXPECT_EQ(Last(result).text, "Die ISO '" + (folder / "verweis.iso").string() +
+                                     "' wurde als virtuelles Laufwerk '/run/plattmix/L' geladen.");
+    EXPECT_EQ(Last(result).title, "Mount ISO");
+    EXPECT_EQ(Last(result).icon, MessageIcon::Information);
+    EXPECT_EQ(result.drive, "/run/plattmix/L");
+}
+
+TEST(VirtualDrive, MountOutcomesTheKernelCannotBeBroughtTo) {
+    const fs::path folder = plattmix::test::ScratchFolder();
+    const std::string image = plattmix::test::WriteImageStub(folder / "Bild.iso");
+
+    // The service refuses: its reason stays in the detail, nothing is mounted.
+    ScriptedService refusing;
+    refusing.attachError = "org.freedesktop.UDisks2.Error.NotAuthorized: no";
+    DriveResult result = MountIso(&refusing, image);
+    EXPECT_EQ(result.outcome, DriveOutcome::AttachFailed);
+    ASSERT_EQ(result.messages.size(), 1u);
+    EXPECT_EQ(Last(result).text,
+              "Die ISO '" + image + "' konnte nicht als virtuelles Laufwerk geladen werden!");
+    EXPECT_EQ(Last(result).icon, MessageIcon::Exclamation);
+    EXPECT_EQ(result.detail, refusing.attachError);
+    EXPECT_TRUE(refusing.mountCalls.empty());
+
+    // A drive without a file system: no box about the mount point, no drive.
+    ScriptedService noVolume;
+    noVolume.mountOutcome = MountPointOutcome::NoVolume;
+    result = MountIso(&noVolume, image);
+    EXPECT_EQ(result.outcome, DriveOutcome::Attached);
+    ASSERT_EQ(result.messages.size(), 1u);
+    EXPECT_EQ(Last(result).text,
+              "Die ISO '" + image + "' wurde als virtuelles Laufwerk '' geladen.");
+    EXPECT_FALSE(result.mountPointOk);
+
+    // Attached already and mounted elsewhere by someone: that place is the drive.
+    ScriptedService elsewhere;
+    elsewhere.backing["/dev/loop2"] = fs::canonical(image).string();
+    elsewhere.mounts["/dev/loop2"] = {"/media/anna/PLATTMIX"};
+    result = MountIso(&elsewhere, image);
+    EXPECT_EQ(result.outcome, DriveOutcome::AlreadyAttached);
+    EXPECT_EQ(Last(result).text, "Die ISO '" + image +
+                                     "' ist breits als virtuelles Laufwerk '/media/anna/PLATTMIX' "
+                                     "geladen!");
+    EXPECT_TRUE(elsewhere.attached.empty());
+}
+
+TEST(VirtualDrive, NoServiceAndNoImage) {
+    const fs::path folder = plattmix::test::ScratchFolder();
+    for (const bool mount : {true, false}) {
+        const DriveResult result =
+            mount ? MountIso(nullptr, "/x.iso") : UnmountIso(nullptr, "/x.iso");
+        EXPECT_EQ(result.outcome, DriveOutcome::NoService);
+        ASSERT_EQ(result.messages.size(), 1u);
+        EXPECT_EQ(Last(result).text, NoServiceText());
+        EXPECT_EQ(Last(result).title, mount ? "Mount ISO" : "Unmount ISO");
+        EXPECT_EQ(Last(result).icon, MessageIcon::Critical);
+    }
+
+    // No file, a folder, a file that holds no volume: nothing reaches the service.
+    std::ofstream(folder / "text.iso") << std::string(40000, 'x');
+    ScriptedService service;
+    for (const fs::path& path : {folder / "fehlt.iso", folder, folder / "text.iso"}) {
+        const DriveResult result = MountIso(&service, path.string());
+        EXPECT_EQ(result.outcome, DriveOutcome::NoHandle) << path;
+        EXPECT_EQ(Last(result).text,
+                  "Es konnte kein Handle von der ISO '" + path.string() + "' erstellt werden!");
+        EXPECT_EQ(Last(result).icon, MessageIcon::Critical);
+        EXPECT_FALSE(result.detail.empty());
+    }
+    EXPECT_TRUE(service.attached.empty());
+
+    // UDF images are images too.
+    const std::string udf = plattmix::test::WriteImageStub(folder / "udf.iso", "BEA01");
+    EXPECT_EQ(MountIso(&service, udf).outcome, DriveOutcome::Attached);
+}
+
+TEST(VirtualDrive, UnmountDetachesEveryDriveOfTheImage) {
+    const fs::path folder = plattmix::test::ScratchFolder();
+    const std::string image = plattmix::test::WriteImageStub(folder / "Bild.iso");
+    const std::string real = fs::canonical(image).string();
+    ScriptedService service;
+    service.backing = {{"/dev/loop1", real}, {"/dev/loop4", real}, {"/dev/loop5", "/other.iso"}};
+    service.mounts["/dev/loop4"] = {"/media/anna/X", "/run/plattmix/L"};
+
+    const DriveResult result = UnmountIso(&service, image);
+    EXPECT_EQ(result.outcome, DriveOutcome::Detached);
+    EXPECT_EQ(service.detached, (std::vector<std::string>{"/dev/loop1", "/dev/loop4"}));
+    EXPECT_EQ(result.drive, "/run/plattmix/L");  // the fixed point before any other
+    EXPECT_EQ(Last(result).text,
+              "Die ISO '" + image + "' wurde als virtuelles Laufwerk '/run/plattmix/L' entfernt.");
+    EXPECT_EQ(Last(result).title, "Unmount ISO");
+
+    // The file has been overwritten since: it is still found by its path and detached.
+    ScriptedService changed;
+    changed.backing["/dev/loop3"] = real;
+    std::ofstream(image, std::ios::trunc) << "kein Abbild mehr";
+    EXPECT_EQ(UnmountIso(&changed, image).outcome, DriveOutcome::Detached);
+
+    // A refused detach stops at that drive and names the drive.
+    ScriptedService busy;
+    busy.backing = {{"/dev/loop1", real}};
+    busy.mounts["/dev/loop1"] = {"/run/plattmix/L"};
+    busy.refuseDetach = "/dev/loop1";
+    const DriveResult refused = UnmountIso(&busy, image);
+    EXPECT_EQ(refused.outcome, DriveOutcome::DetachFailed);
+    EXPECT_EQ(Last(refused).text, "Die ISO '" + image +
+                                      "' konnte nicht vom virtuellem Laufwerk '/run/plattmix/L' "
+                                      "entfernt werden!");
+    EXPECT_EQ(refused.detail, "busy");
+}
+
+TEST(VirtualDrive, FindDriveForVolume) {
+    ScriptedService service;
+    EXPECT_EQ(FindDriveForVolume(service, "/dev/loop0"), "");
+    EXPECT_EQ(FindDriveForVolume(service, ""), "");
+    service.mounts["/dev/loop0"] = {"/media/a", "/media/b"};
+    EXPECT_EQ(FindDriveForVolume(service, "/dev/loop0"), "/media/a");
+    service.mounts["/dev/loop0"] = {"/media/a", "/run/plattmix/L/"};
+    EXPECT_EQ(FindDriveForVolume(service, "/dev/loop0"), "/run/plattmix/L");
+}
