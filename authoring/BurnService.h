@@ -118,6 +118,8 @@ class IBurnService {
     // What the library complained about during the last query or open, for logs and the command
     // line; empty when it said nothing (or there is no library behind the service).
     virtual std::string LastMessage() const { return {}; }
+    // The MMC profile of the medium the last query found (kProfileNone without one).
+    virtual int LastProfile() const { return 0; }
 
     // Grabs the drive for a burn or an erase. Empty when there is no service (why = NoService)
     // or no writable drive at that address (why = NoRecorder); an empty drive opens, and its

@@ -41,6 +41,15 @@ MediaInfo ImportedSession(burn_drive* drive) {
     return {MediaState::Appendable, nextWritable + freeBlocks, freeBlocks};
 }
 
+// The medium's MMC profile as the drive names it; kProfileNone when it names none.
+int ProfileOf(const GrabbedDrive& drive) {
+    char name[80] = {};
+    int profile = kProfileNone;
+    if (burn_disc_get_profile(drive.drive(), &profile, name) != 1)
+        return kProfileNone;
+    return profile;
+}
+
 MediaInfo ReadMedia(const GrabbedDrive& drive) {
     if (!CanWrite(drive))
         return {MediaState::NoRecorder, 0, 0};
@@ -65,6 +74,7 @@ class LibburnService final : public IBurnService {
   public:
     MediaInfo QueryMedia(const std::string& address) override {
         lastMessage_.clear();
+        lastProfile_ = kProfileNone;
         if (address.empty())  // no drive chosen: nothing to start the libraries for
             return {MediaState::NoRecorder, 0, 0};
         LibburnLibrary& library = LibburnLibrary::Instance();
@@ -72,12 +82,13 @@ class LibburnService final : public IBurnService {
             return {MediaState::NoService, 0, 0};
         const std::lock_guard lock(library.mutex());
         TakeBurnMessages();  // left over from before
-        MediaInfo media = Query(address);
+        MediaInfo media = Query(address, lastProfile_);
         lastMessage_ = TakeBurnMessages();
         return media;
     }
 
     std::string LastMessage() const override { return lastMessage_; }
+    int LastProfile() const override { return lastProfile_; }
 
     std::unique_ptr<IRecorder> OpenRecorder(const std::string& address, MediaState& why) override {
         lastMessage_.clear();
@@ -101,17 +112,20 @@ class LibburnService final : public IBurnService {
     }
 
   private:
-    static MediaInfo Query(const std::string& address) {
+    static MediaInfo Query(const std::string& address, int& profile) {
+        profile = kProfileNone;
         // libburn takes a folder for a write-only pseudo-drive; nothing can be written to it.
         if (IsStdioFolder(address))
             return {MediaState::NoRecorder, 0, 0};
         const GrabbedDrive drive(address, 0);
         if (!drive.ok())
             return {MediaState::NoRecorder, 0, 0};
+        profile = ProfileOf(drive);
         return ReadMedia(drive);
     }
 
     std::string lastMessage_;
+    int lastProfile_ = kProfileNone;
 };
 
 }  // namespace

@@ -9,6 +9,7 @@
 
 #include "BurnService.h"
 #include "CompilationList.h"
+#include "DiscProfile.h"
 #include "DiscUsage.h"
 #include "FileIo.h"
 #include "SizeFormat.h"
@@ -112,7 +113,10 @@ int Size(const std::string& list, const std::optional<std::string>& drive, std::
     const auto usage = authoring::ShowDiskUsage(info, kBarWidth, {});
     const auto check = authoring::TotalSizeZusammenstellung(sum, usage.DiskCapacity, usage.DiskUsed,
                                                             kBarWidth, usage.usedWidth, {});
-    out << "Disk: " << usage.label4 << '\n';
+    out << "Disk: " << usage.label4;
+    if (const int profile = service->LastProfile(); profile != authoring::kProfileNone)
+        out << " (" << authoring::ProfileName(profile) << ')';
+    out << '\n';
     if (usage.barsShown) {
         out << "Balken: belegt " << usage.usedWidth << ", neu " << check.newWidth << " von "
             << kBarWidth << '\n';

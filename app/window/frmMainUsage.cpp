@@ -4,6 +4,7 @@
 #include <QLabel>
 #include <algorithm>
 
+#include "DiscProfile.h"
 #include "DiscUsage.h"
 #include "TrackListView.h"
 #include "frmMain.h"
@@ -43,6 +44,8 @@ void frmMain::DrawDiscUsage() {
     DiskBusy = true;
     const authoring::DiskInfo info = authoring::GetDiskInfo(*burnService_, BurnDriveAddress());
     DiskBusy = false;
+    // Which kind of disc it is, when the user points at the bar.
+    PictureTotal->setToolTip(Q(authoring::ProfileName(BurnService().LastProfile())));
     const auto tr = [this](const std::string& german) { return Tr(Q(german)).toStdString(); };
     const auto view = authoring::ShowDiskUsage(info, BarWidth(), tr);
     DiskCapacity = view.DiskCapacity;

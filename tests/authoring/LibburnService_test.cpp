@@ -71,6 +71,7 @@ TEST_F(LibburnServiceTest, MissingOrEmptyFileIsBlankWithTheFileSystemsSpace) {
     EXPECT_GT(missing.totalSectors, 0);
     EXPECT_EQ(missing.freeBlocks, missing.totalSectors);
     EXPECT_FALSE(fs::exists(root / "new.iso"));  // a query writes nothing
+    EXPECT_EQ(service->LastProfile(), kProfileStdioFile);
 
     std::ofstream(root / "empty.iso").close();
     const MediaInfo empty = QueryFile(root / "empty.iso");
@@ -92,6 +93,7 @@ TEST_F(LibburnServiceTest, AddressesWithoutAWritableDriveAreNoRecorder) {
     EXPECT_NE(service->LastMessage(), "");
     EXPECT_EQ(Query("stdio:").state, MediaState::NoRecorder);  // libburn's null drive
     EXPECT_EQ(Query("").state, MediaState::NoRecorder);        // no drive chosen
+    EXPECT_EQ(service->LastProfile(), kProfileNone);
     EXPECT_EQ(service->LastMessage(), "");
     EXPECT_EQ(QueryFile(root).state, MediaState::NoRecorder);  // a folder
 

@@ -153,7 +153,7 @@ TEST_F(CompilationCli, SizeChecksTheCompilationAgainstTheDisc) {
         RunCli({"compilation", "size", list, "--drive", "stdio:" + Path("voll.bin")});
     EXPECT_EQ(closed.code, kExitFailed);
     EXPECT_EQ(closed.out,
-              "Gesamt: 2.00 MB\nDisk: 100 % der Disk belegt\n"
+              "Gesamt: 2.00 MB\nDisk: 100 % der Disk belegt (NON_STANDARD)\n"
               "Balken: belegt 100, neu 0 von 100\n100 % der Disk belegt!\n");
 }
 
