@@ -12,9 +12,7 @@
 #include <system_error>
 #include <vector>
 
-#include "FixedMountPoint.h"
 #include "LoopDevices.h"
-#include "LoopDriveService.h"
 #include "MountTable.h"
 #include "TreeChecks.h"
 #include "VirtualDrive.h"
@@ -100,8 +98,12 @@ std::string Error(int error) {
 
 class Steps {
   public:
-    Steps(Report& report, const std::string& data)
+    Steps(Report& report, const std::string& data, vdrive::IVirtualDriveService& service,
+          const std::string& prefix)
         : report_(report),
+          service_(service),
+          prefix_(prefix + "."),
+          point_(service.FixedMountPoint()),
           image_(data + "/" + kVirtualDriveImage),
           listing_(data + "/" + kVirtualDriveListing),
           link_(data + "/verweis.iso") {}
@@ -112,7 +114,7 @@ class Steps {
         text << in.rdbuf();
         std::string error;
         expected_ = ParseTreeListing(text.str(), error);
-        if (!report_.Check("vdrive.listing", error.empty() && !expected_.empty(),
+        if (!report_.Check(prefix_ + "listing", error.empty() && !expected_.empty(),
                            error.empty() ? std::to_string(expected_.size()) + " entries" : error))
             return;
         std::error_code ec;
@@ -130,17 +132,23 @@ class Steps {
 
   private:
     size_t Attachments() const { return vdrive::LoopDevicesBackedBy(realImage_).size(); }
-    bool Mounted() const { return vdrive::IsMountPoint(vdrive::ReadMountTable(), point_); }
+    bool Mounted() const { return !service_.MountPointsOf(device_).empty(); }
+    // The folder the fixed mount point shows (udisks's, behind the link).
+    std::string Shown() const {
+        std::error_code ec;
+        const auto shown = std::filesystem::canonical(point_, ec);
+        return ec ? point_ : shown.string();
+    }
 
     void NoImage() {
         for (const std::string& path : {listing_, image_ + ".fehlt"}) {
             const DriveResult result = vdrive::MountIso(&service_, path);
             const std::string text =
                 "Es konnte kein Handle von der ISO '" + path + "' erstellt werden!";
-            report_.Check("vdrive.no-image",
+            report_.Check(prefix_ + "no-image",
                           Shows(result, DriveOutcome::NoHandle,
                                 {{text, "Mount ISO", MessageIcon::Critical}}) &&
-                              vdrive::LoopDevicesBackedBy(path).empty() && !Mounted(),
+                              vdrive::LoopDevicesBackedBy(path).empty(),
                           Describe(result));
         }
     }
@@ -162,7 +170,7 @@ class Steps {
         // Read-only all the way down, and bound without autoclear so that it outlives the
         // program (which ends here only after the checks).
         errno = 0;
-        const int file = ::open((point_ + "/neu.txt").c_str(), O_WRONLY | O_CREAT, 0644);
+        const int file = ::open((Shown() + "/neu.txt").c_str(), O_WRONLY | O_CREAT, 0644);
         const int fileError = errno;
         // The kernel refuses either the open for writing or the write itself.
         errno = 0;
@@ -174,20 +182,20 @@ class Steps {
             ::close(file);
         if (node >= 0)
             ::close(node);
-        report_.Check("vdrive.read-only",
+        report_.Check(prefix_ + "read-only",
                       SysValue(device_, "ro") == "1" && file < 0 && fileError == EROFS &&
                           !written && nodeError != 0,
                       "ro " + SysValue(device_, "ro") + ", new file: " + Error(fileError) +
                           ", writing the device: " + Error(nodeError));
-        report_.Check("vdrive.kept", SysValue(device_, "loop/autoclear") == "0",
+        report_.Check(prefix_ + "kept", SysValue(device_, "loop/autoclear") == "0",
                       "autoclear " + SysValue(device_, "loop/autoclear") + ", backing file " +
                           SysValue(device_, "loop/backing_file"));
 
-        const TreeComparison files = CompareRockRidge(expected_, point_);
+        const TreeComparison files = CompareRockRidge(expected_, Shown());
         std::string problems;
         for (const TreeProblem& problem : files.problems)
             problems += problem.group + ": " + problem.text + "; ";
-        report_.Check("vdrive.files", files.problems.empty() && !files.groups.empty(),
+        report_.Check(prefix_ + "files", files.problems.empty() && !files.groups.empty(),
                       std::to_string(files.groups.size()) + " top-level names through " + point_ +
                           (problems.empty() ? "" : ": " + problems));
         return true;
@@ -199,7 +207,7 @@ class Steps {
             const DriveResult result = vdrive::MountIso(&service_, path);
             const std::string text = "Die ISO '" + path + "' ist breits als virtuelles Laufwerk '" +
                                      point_ + "' geladen!";
-            report_.Check("vdrive.again",
+            report_.Check(prefix_ + "again",
                           Shows(result, DriveOutcome::AlreadyAttached,
                                 {{text, "Mount ISO", MessageIcon::Exclamation}}) &&
                               result.device == device_ && Attachments() == 1,
@@ -212,7 +220,7 @@ class Steps {
         std::string file;
         for (const TreeEntry& entry : expected_) {
             if (entry.kind == 'F') {
-                file = point_ + "/" + entry.path;
+                file = Shown() + "/" + entry.path;
                 break;
             }
         }
@@ -220,7 +228,7 @@ class Steps {
         const DriveResult result = vdrive::UnmountIso(&service_, image_);
         const std::string text = "Die ISO '" + image_ + "' konnte nicht vom virtuellem Laufwerk '" +
                                  point_ + "' entfernt werden!";
-        report_.Check("vdrive.busy",
+        report_.Check(prefix_ + "busy",
                       fd >= 0 &&
                           Shows(result, DriveOutcome::DetachFailed,
                                 {{text, "Unmount ISO", MessageIcon::None}}) &&
@@ -237,7 +245,9 @@ class Steps {
         report_.Check(
             "vdrive.unmount",
             Shows(result, DriveOutcome::Detached, {{text, "Unmount ISO", MessageIcon::None}}) &&
-                Attachments() == 0 && !Mounted() && SysValue(device_, "loop/backing_file").empty(),
+                Attachments() == 0 && !Mounted() &&
+                SysValue(device_, "loop/backing_file").empty() &&
+                !vdrive::IsMountPoint(vdrive::ReadMountTable(), Shown()),
             Describe(result));
 
         const DriveResult again = vdrive::UnmountIso(&service_, image_);
@@ -256,7 +266,7 @@ class Steps {
         const std::string text =
             "Die ISO '" + image_ + "' wurde als virtuelles Laufwerk '' geladen.";
         const std::vector<std::string> points = service_.MountPointsOf(result.device);
-        report_.Check("vdrive." + name,
+        report_.Check(prefix_ + "" + name,
                       Shows(result, DriveOutcome::Attached,
                             {{"NIcht OK", "", MessageIcon::Exclamation},
                              {text, "Mount ISO", MessageIcon::Information}}) &&
@@ -274,24 +284,31 @@ class Steps {
     }
 
     void TakenByMount() {
+        std::error_code ec;
+        std::filesystem::create_directories(point_, ec);
         const bool mounted = ::mount("tmpfs", point_.c_str(), "tmpfs", 0, "size=64k") == 0;
-        if (!report_.Check("vdrive.taken-by-mount.setup", mounted,
+        if (!report_.Check(prefix_ + "taken-by-mount.setup", mounted,
                            "tmpfs on " + point_ + (mounted ? "" : ": " + Error(errno))))
             return;
         TakenCase("taken-by-mount");
         ::umount(point_.c_str());
+        ::rmdir(point_.c_str());
     }
 
     void TakenByFile() {
         const std::string file = point_ + "/fremd.txt";
+        std::error_code ec;
+        std::filesystem::create_directories(point_, ec);
         std::ofstream(file) << "belegt\n";
         TakenCase("taken-by-file");
         ::unlink(file.c_str());
+        ::rmdir(point_.c_str());
     }
 
     Report& report_;
-    vdrive::LoopDriveService service_;
-    const std::string point_ = vdrive::kRootMountPoint;
+    vdrive::IVirtualDriveService& service_;
+    const std::string prefix_;
+    const std::string point_;
     const std::string image_;
     const std::string listing_;
     const std::string link_;
@@ -302,8 +319,10 @@ class Steps {
 
 }  // namespace
 
-void CheckVirtualDrives(Report& report, const std::string& data) {
-    Steps(report, data).Run();
+void CheckVirtualDrives(Report& report, const std::string& data,
+                        vdrive::IVirtualDriveService& service, const std::string& prefix) {
+    report.Info(prefix + ".service", service.Name() + ", mount point " + service.FixedMountPoint());
+    Steps(report, data, service, prefix).Run();
 }
 
 }  // namespace plattmix::testbed

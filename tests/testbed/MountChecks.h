@@ -1,10 +1,12 @@
-// ISO images attached as drives by the loop-device service, inside the guest where the kernel has
-// loop devices and ISO 9660: attach, the files through the mount point, a second attach refused,
-// a busy volume kept, detach, a taken mount point, and images that are none.
+// ISO images attached as drives inside the guest, where the kernel has loop devices and ISO 9660,
+// by the loop-device service or by a real udisksd: attach, the files through the mount point, a
+// second attach refused, a busy volume kept, detach, a taken mount point, and files that are no
+// image.
 #pragma once
 
 #include <string>
 
+#include "IVirtualDriveService.h"
 #include "ProbeChannel.h"
 
 namespace plattmix::testbed {
@@ -14,7 +16,8 @@ namespace plattmix::testbed {
 inline constexpr const char* kVirtualDriveImage = "Plattmix Abbild.iso";
 inline constexpr const char* kVirtualDriveListing = "vdrive.manifest";
 
-// Reports the checks "vdrive.<step>".
-void CheckVirtualDrives(Report& report, const std::string& data);
+// Reports the checks "<prefix>.<step>".
+void CheckVirtualDrives(Report& report, const std::string& data,
+                        vdrive::IVirtualDriveService& service, const std::string& prefix);
 
 }  // namespace plattmix::testbed

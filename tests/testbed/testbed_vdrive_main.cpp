@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 
+#include "LoopDriveService.h"
 #include "MountChecks.h"
 #include "ProbeChannel.h"
 
@@ -17,7 +18,8 @@ int main(int argc, char** argv) {
     }
     plattmix::testbed::Channel channel(control);
     plattmix::testbed::Report report(channel);
-    plattmix::testbed::CheckVirtualDrives(report, data);
+    plattmix::vdrive::LoopDriveService service;
+    plattmix::testbed::CheckVirtualDrives(report, data, service, "vdrive");
     report.Done();
     return report.Failed() == 0 ? 0 : 1;
 }
