@@ -22,8 +22,9 @@ packages=(
     locales
     # tests and benchmarks
     libgtest-dev libgmock-dev libbenchmark-dev clang-format
-    # the udisks2 tests' private message bus
-    dbus-daemon
+    # the udisks2 tests' private message bus; udisks2 and udev are carried into the test bed's
+    # guest, where a real udisksd attaches images
+    dbus-daemon udisks2 udev
     # the ISO benchmark's yardstick
     xorriso
 )

@@ -17,6 +17,8 @@ namespace fs = std::filesystem;
 // volume has been probed.
 constexpr int kProbeWaits = 20;
 constexpr auto kProbeWait = std::chrono::milliseconds(100);
+// And it shows a deleted loop device's backing file a moment longer.
+constexpr int kSettleWaits = 50;
 
 // "/dev/loop10" after "/dev/loop9".
 bool DeviceOrder(const std::string& a, const std::string& b) {
@@ -146,6 +148,14 @@ ServiceStep UdisksDriveService::Detach(const std::string& device) {
     const UdisksReply removed = bus_->Delete(block->object);
     if (!removed.ok)
         return {false, "Delete: " + removed.error};
+    // udisks answers before its own view has caught up with the kernel's: until then it still
+    // shows the backing file, and an attach right after would be refused as a second one.
+    for (int wait = 0; wait < kSettleWaits; ++wait) {
+        const std::optional<UdisksBlock> now = Find(device, why);
+        if (!now || now->backingFile.empty())
+            break;
+        std::this_thread::sleep_for(kProbeWait);
+    }
     return {true, ""};
 }
 

@@ -159,7 +159,7 @@ class Steps {
         const std::string text =
             "Die ISO '" + image_ + "' wurde als virtuelles Laufwerk '" + point_ + "' geladen.";
         const bool ok = report_.Check(
-            "vdrive.mount",
+            prefix_ + "mount",
             Shows(result, DriveOutcome::Attached,
                   {{"OK", "", MessageIcon::None}, {text, "Mount ISO", MessageIcon::Information}}) &&
                 result.mountPointOk && result.drive == point_ && Attachments() == 1 && Mounted(),
@@ -243,7 +243,7 @@ class Steps {
         const std::string text =
             "Die ISO '" + image_ + "' wurde als virtuelles Laufwerk '" + point_ + "' entfernt.";
         report_.Check(
-            "vdrive.unmount",
+            prefix_ + "unmount",
             Shows(result, DriveOutcome::Detached, {{text, "Unmount ISO", MessageIcon::None}}) &&
                 Attachments() == 0 && !Mounted() &&
                 SysValue(device_, "loop/backing_file").empty() &&
@@ -254,7 +254,7 @@ class Steps {
         const std::string none =
             "Die ISO '" + image_ + "' ist in keinem virtuellen Laufwerk geladen!";
         report_.Check(
-            "vdrive.unmount-again",
+            prefix_ + "unmount-again",
             Shows(again, DriveOutcome::NotAttached, {{none, "Unmount ISO", MessageIcon::None}}),
             Describe(again));
     }
@@ -266,7 +266,7 @@ class Steps {
         const std::string text =
             "Die ISO '" + image_ + "' wurde als virtuelles Laufwerk '' geladen.";
         const std::vector<std::string> points = service_.MountPointsOf(result.device);
-        report_.Check(prefix_ + "" + name,
+        report_.Check(prefix_ + name,
                       Shows(result, DriveOutcome::Attached,
                             {{"NIcht OK", "", MessageIcon::Exclamation},
                              {text, "Mount ISO", MessageIcon::Information}}) &&
@@ -277,7 +277,7 @@ class Steps {
         const std::string gone =
             "Die ISO '" + image_ + "' wurde als virtuelles Laufwerk '' entfernt.";
         report_.Check(
-            "vdrive." + name + ".unmount",
+            prefix_ + name + ".unmount",
             Shows(detached, DriveOutcome::Detached, {{gone, "Unmount ISO", MessageIcon::None}}) &&
                 Attachments() == 0,
             Describe(detached));
