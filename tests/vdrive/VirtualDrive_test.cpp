@@ -66,26 +66,6 @@ const DriveMessage& Last(const DriveResult& result) {
 
 }  // namespace
 
-TEST(VirtualDrive, MountAttachesTheImageBehindALinkAndReportsTheFixedPoint) {
-    const fs::path folder = plattmix::test::ScratchFolder();
-    const std::string image = plattmix::test::WriteImageStub(folder / "Bild.iso");
-    fs::create_symlink("Bild.iso", folder / "verweis.iso");
-    ScriptedService service;
-
-    const DriveResult result = MountIso(&service, (folder / "verweis.iso").string());
-    EXPECT_EQ(result.outcome, DriveOutcome::Attached);
-    ASSERT_EQ(service.attached, std::vector<std::string>{fs::canonical(image).string()});
-    ASSERT_EQ(result.messages.size(), 2u);
-    EXPECT_EQ(result.messages[0].text, "OK");
-    EXPECT_EQ(result.messages[0].title, "");
-    EXPECT_EQ(result.messages[0].icon, MessageIcon::None);
-    EXPECT_EQ(Last(result).text, "Die ISO '" + (folder / "verweis.iso").string() +
-                                     "' wurde als virtuelles Laufwerk '/run/plattmix/L' geladen.");
-    EXPECT_EQ(Last(result).title, "Mount ISO");
-    EXPECT_EQ(Last(result).icon, MessageIcon::Information);
-    EXPECT_EQ(result.drive, "/run/plattmix/L");
-}
-
 TEST(VirtualDrive, MountOutcomesTheKernelCannotBeBroughtTo) {
     const fs::path folder = plattmix::test::ScratchFolder();
     const std::string image = plattmix::test::WriteImageStub(folder / "Bild.iso");
@@ -187,14 +167,4 @@ TEST(VirtualDrive, UnmountDetachesEveryDriveOfTheImage) {
                                       "' konnte nicht vom virtuellem Laufwerk '/run/plattmix/L' "
                                       "entfernt werden!");
     EXPECT_EQ(refused.detail, "busy");
-}
-
-TEST(VirtualDrive, FindDriveForVolume) {
-    ScriptedService service;
-    EXPECT_EQ(FindDriveForVolume(service, "/dev/loop0"), "");
-    EXPECT_EQ(FindDriveForVolume(service, ""), "");
-    service.mounts["/dev/loop0"] = {"/media/a", "/media/b"};
-    EXPECT_EQ(FindDriveForVolume(service, "/dev/loop0"), "/media/a");
-    service.mounts["/dev/loop0"] = {"/media/a", "/run/plattmix/L/"};
-    EXPECT_EQ(FindDriveForVolume(service, "/dev/loop0"), "/run/plattmix/L");
 }
