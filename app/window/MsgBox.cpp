@@ -22,6 +22,8 @@ QMessageBox::Icon IconOf(MsgBoxStyle style) {
             return QMessageBox::Information;
         case MsgBoxStyle::QuestionYesNo:
             return QMessageBox::Question;
+        case MsgBoxStyle::Plain:
+            break;
     }
     return QMessageBox::NoIcon;
 }

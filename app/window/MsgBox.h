@@ -15,6 +15,7 @@ enum class MsgBoxStyle {
     Critical,       // hard failures, OK
     Information,    // success, OK
     QuestionYesNo,  // confirmations, Yes and No
+    Plain,          // a report without an icon, OK
 };
 
 // The answers, with the values the program has always compared against.

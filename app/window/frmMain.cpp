@@ -56,8 +56,13 @@ const char* const kTextNoAudioCd = "Keine Audio CD im Laufwerk ---> Button Aktua
 }  // namespace
 
 WindowOptions DefaultWindowOptions() {
-    return {
-        shell::LanguagesFolder(), CreatePassThroughTransport, CreateFallbackTransport, {}, {}, {}};
+    return {shell::LanguagesFolder(),
+            CreatePassThroughTransport,
+            CreateFallbackTransport,
+            {},
+            {},
+            {},
+            {}};
 }
 
 frmMain::frmMain(shell::SettingsPaths paths, WindowOptions options, QWidget* parent)

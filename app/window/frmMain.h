@@ -17,6 +17,7 @@
 #include "FolderListing.h"
 #include "IAudioSink.h"
 #include "ISCSI.h"
+#include "IVirtualDriveService.h"
 #include "TransportSelection.h"
 #include "modLanguage.h"
 #include "modSettings.h"
@@ -47,6 +48,8 @@ struct WindowOptions {
     scsi::TransportFactory fallbackTransport;
     // The disc-writing service behind the burning page; empty means libburn.
     std::function<std::unique_ptr<authoring::IBurnService>()> burnService;
+    // The service that attaches images as drives; empty means the one the system offers.
+    std::function<std::unique_ptr<vdrive::IVirtualDriveService>()> virtualDrives;
     // Where the CD player's sound goes; empty means the desktop's audio output.
     audiocd::AudioSinkFactory audioSinks;
     // Where a drive's disc is mounted; empty means the kernel's mount table.
@@ -166,6 +169,7 @@ class frmMain final : public QMainWindow {
     void Command12_Click();
     void Command13_Click();
     void Command14_Click();
+    void Command15_Click(int index);
     void cmdOpen_Click();
     void mnuSave_Click();
     void ComboBox2_Click(int index);

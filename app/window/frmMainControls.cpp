@@ -312,6 +312,8 @@ void frmMain::ConnectHandlers() {
     connect(Command7, &QPushButton::clicked, this, &frmMain::Command7_Click);
     connect(Command8, &QPushButton::clicked, this, &frmMain::Command8_Click);
     connect(Command4, &QPushButton::clicked, this, &frmMain::Command4_Click);
+    connect(Command15[0], &QPushButton::clicked, this, [this] { Command15_Click(0); });
+    connect(Command15[1], &QPushButton::clicked, this, [this] { Command15_Click(1); });
     connect(Command5[0], &QPushButton::clicked, this, &frmMain::Command5_Click);
     connect(Command6, &QPushButton::clicked, this, &frmMain::Command6_Click);
     connect(Timer6, &QTimer::timeout, this, &frmMain::Timer6_Timer);

@@ -16,8 +16,10 @@
 #include "KeyState.h"
 #include "MsgBox.h"
 #include "PageControls.h"
+#include "ServiceChoice.h"
 #include "SizeFormat.h"
 #include "TrackListView.h"
+#include "VirtualDrive.h"
 #include "frmMain.h"
 #include "modPaths.h"
 
@@ -173,6 +175,38 @@ bool frmMain::CreateIsoImageJob(const std::string& prefix, const std::string& ta
     if (result.outcome != authoring::IsoOutcome::Done)
         Abbort = true;
     return true;
+}
+
+namespace {
+
+MsgBoxStyle StyleOf(vdrive::MessageIcon icon) {
+    switch (icon) {
+        case vdrive::MessageIcon::Information:
+            return MsgBoxStyle::Information;
+        case vdrive::MessageIcon::Exclamation:
+            return MsgBoxStyle::Exclamation;
+        case vdrive::MessageIcon::Critical:
+            return MsgBoxStyle::Critical;
+        default:
+            return MsgBoxStyle::Plain;
+    }
+}
+
+}  // namespace
+
+// Attaches (index 0) or detaches the chosen image as a drive and shows every outcome.
+void frmMain::Command15_Click(int index) {
+    const QString image = OpenFileDialog(this, QString::fromUtf8(vdrive::kDialogTitle),
+                                         QString::fromUtf8(vdrive::kDialogFilter), QString());
+    if (image.isEmpty())
+        return;
+    auto service =
+        options_.virtualDrives ? options_.virtualDrives() : vdrive::ChooseVirtualDriveService();
+    const vdrive::DriveResult result = index == 0
+                                           ? vdrive::MountIso(service.get(), image.toStdString())
+                                           : vdrive::UnmountIso(service.get(), image.toStdString());
+    for (const auto& message : result.messages)
+        MsgBox(this, Q(message.text), StyleOf(message.icon), Q(message.title));
 }
 
 }  // namespace plattmix::window
