@@ -1,6 +1,5 @@
 #include "TransportChoice.h"
 
-#include "clsASPI.h"
 #include "clsSPTI.h"
 #include "imagedrive/clsImageDrive.h"
 
@@ -23,7 +22,7 @@ std::unique_ptr<scsi::ISCSI> CreatePassThroughTransport() {
 }
 
 std::unique_ptr<scsi::ISCSI> CreateFallbackTransport() {
-    return std::make_unique<scsi::clsASPI>();
+    return nullptr;
 }
 
 ImageDrives LoadImageDrives(const std::vector<std::string>& imagePaths) {
