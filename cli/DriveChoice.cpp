@@ -1,8 +1,12 @@
 #include "DriveChoice.h"
 
+#include <algorithm>
+#include <cctype>
 #include <filesystem>
 
 #include "DemoDisc.h"
+#include "TransportSelection.h"
+#include "clsASPI.h"
 #include "clsSPTI.h"
 #include "imagedrive/clsImageDrive.h"
 
@@ -24,14 +28,32 @@ DriveChoiceResult ImageDrive(const std::string& path, int16_t index) {
     return {DriveChoice{std::move(drive), index}, {}};
 }
 
+// The drive transport as the window chooses it: the pass-through first, the fall-back when the
+// first is not both installed and initialized; nothing when neither works.
+std::unique_ptr<scsi::ISCSI> DriveTransport() {
+    return scsi::SelectTransport([] { return std::make_unique<scsi::clsSPTI>(); },
+                                 [] { return std::make_unique<scsi::clsASPI>(); });
+}
+
+// The short name DriveChar gives for a node named as "sr0", "/dev/sr0" or in upper case; empty
+// for a path outside /dev.
+std::string NodeName(const std::string& node) {
+    std::string lower = node;
+    std::transform(lower.begin(), lower.end(), lower.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    const auto slash = lower.rfind('/');
+    if (slash == std::string::npos)
+        return lower;
+    return lower.substr(0, slash) == "/dev" ? lower.substr(slash + 1) : std::string();
+}
+
 DriveChoiceResult DriveNode(const std::string& node) {
-    auto spti = std::make_unique<scsi::clsSPTI>();
-    const std::string wanted = spti->DriveChar(node);
-    for (int16_t i = 1; i <= spti->DriveCount(); ++i) {
+    auto transport = DriveTransport();
+    const std::string wanted = NodeName(node);
+    for (int16_t i = 1; transport && !wanted.empty() && i <= transport->DriveCount(); ++i) {
         int16_t index = i;
-        if (spti->DriveChar(spti->DriveHandle(index)) == wanted) {
-            return {DriveChoice{std::move(spti), i}, {}};
-        }
+        if (transport->DriveChar(transport->DriveHandle(index)) == wanted)
+            return {DriveChoice{std::move(transport), i}, {}};
     }
     return Fail("Kein optisches Laufwerk: " + node);
 }
@@ -45,9 +67,9 @@ DriveChoiceResult ChooseDrive(const std::optional<std::string>& drive) {
             return ImageDrive(*drive, 1);
         return DriveNode(*drive);
     }
-    auto spti = std::make_unique<scsi::clsSPTI>();
-    if (spti->DriveCount() > 0)
-        return {DriveChoice{std::move(spti), 0}, {}};
+    auto transport = DriveTransport();
+    if (transport && transport->DriveCount() > 0)
+        return {DriveChoice{std::move(transport), 0}, {}};
     const auto demo = discgen::DemoDisc();
     if (!demo.ok())
         return Fail(demo.error);

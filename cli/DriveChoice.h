@@ -23,7 +23,9 @@ struct DriveChoiceResult {
 };
 
 // drive: the --drive value, if any. A path to a regular file is a disc image; anything else
-// names a drive node ("/dev/sr0" or "sr0").
+// names a drive node ("/dev/sr0" or "sr0"; "/dev/sg0" when the fall-back transport serves the
+// drives). The drive transport is chosen as the window chooses it; without --drive the demo disc
+// stands in when that gives no transport or no drive.
 DriveChoiceResult ChooseDrive(const std::optional<std::string>& drive);
 
 }  // namespace plattmix::cli

@@ -20,4 +20,7 @@ inline constexpr uint8_t kOpReadCd = 0xBE;
 inline constexpr uint8_t kTocFormatSessionInfo = 0x01;
 inline constexpr uint8_t kTocFormatCdText = 0x05;
 
+// The peripheral device type (INQUIRY byte 0, low five bits) of a CD/DVD drive.
+inline constexpr uint8_t kDeviceTypeCdDvd = 0x05;
+
 }  // namespace plattmix::scsi

@@ -40,5 +40,8 @@ inline constexpr int kSenseAscqByte = 13;
 
 // The time-out, in seconds, the pass-through transport uses when the caller passes 0.
 inline constexpr int16_t kSptiDefaultTimeOut = 10800;
+// The time-out, in half-seconds, the fall-back transport sets when the caller passes 0; also
+// what the generic-driver layer uses for a drive whose time-out was never set.
+inline constexpr uint32_t kAspiDefaultTimeOut = 108000;
 
 }  // namespace plattmix::scsi

@@ -1,5 +1,6 @@
 #include "TransportChoice.h"
 
+#include "clsASPI.h"
 #include "clsSPTI.h"
 #include "imagedrive/clsImageDrive.h"
 
@@ -22,7 +23,7 @@ std::unique_ptr<scsi::ISCSI> CreatePassThroughTransport() {
 }
 
 std::unique_ptr<scsi::ISCSI> CreateFallbackTransport() {
-    return nullptr;
+    return std::make_unique<scsi::clsASPI>();
 }
 
 ImageDrives LoadImageDrives(const std::vector<std::string>& imagePaths) {

@@ -16,7 +16,7 @@ inline constexpr const char* kImageSection = "Abbilder";
 
 // The pass-through transport over the system's drive nodes.
 std::unique_ptr<scsi::ISCSI> CreatePassThroughTransport();
-// The fall-back transport is not part of this build: it always answers "not installed".
+// The fall-back transport over the SCSI generic driver, through its layer library.
 std::unique_ptr<scsi::ISCSI> CreateFallbackTransport();
 
 struct ImageDrives {

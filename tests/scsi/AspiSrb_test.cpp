@@ -1,0 +1,126 @@
+#include "AspiSrb.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <vector>
+
+#include "ScsiStatus.h"
+
+using namespace plattmix::scsi;
+
+namespace {
+std::vector<uint8_t> Bytes(std::span<const uint8_t> span) {
+    return {span.begin(), span.end()};
+}
+}  // namespace
+
+TEST(AspiSrb, ExecuteBlockLayout) {
+    // READ CD as the program sends it: twelve bytes built, ten given as the length.
+    const std::array<uint8_t, 12> readCd{0xBE, 0, 0, 0, 0, 0x10, 0, 0, 0x01, 0x10, 0xEE, 0xEE};
+    ExecRequest request;
+    request.address = {1, 2, 0};
+    request.dataIn = true;
+    request.bufferLength = 2352;
+    request.bufferAddress = 0x00007F1122334455;
+    request.event = 7;
+    request.cdb = readCd;
+    request.cdbLength = 10;
+    std::array<uint8_t, kExecSrbSize> srb;
+    srb.fill(0xCC);
+    BuildExecSrb(srb, request);
+    const std::vector<uint8_t> expected{
+        0x02, 0x00, 0x01, 0x08, 0x00, 0x00, 0x00, 0x00,  // command, status, adapter, flags
+        0x02, 0x00, 0x00, 0x00, 0x30, 0x09, 0x00, 0x00,  // target, LUN, buffer length
+        0x55, 0x44, 0x33, 0x22, 0x0E, 0x0A, 0x00, 0x00,  // buffer, sense and CDB lengths
+        0x07, 0x00, 0x00, 0x00, 0x11, 0x7F, 0x00, 0x00,  // event, the buffer's high half
+        0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,  //
+        0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,  //
+        0xBE, 0x00, 0x00, 0x00, 0x00, 0x10, 0x00, 0x00,  // CDB: only cdblen bytes
+        0x01, 0x10, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,  //
+        0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,  // sense area
+        0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00};
+    EXPECT_EQ(Bytes(srb), expected);
+
+    // Data to the device, no buffer.
+    const std::array<uint8_t, 6> startStop{0x1B, 0, 0, 0, 0x02, 0};
+    request = ExecRequest{{3, 7, 5}, false, 0, 0, 9, startStop, 6};
+    BuildExecSrb(srb, request);
+    EXPECT_EQ(Bytes(std::span(srb).first(24)),
+              (std::vector<uint8_t>{0x02, 0, 0x03, 0x10, 0, 0, 0, 0, 0x07, 0x05, 0, 0,
+                                    0,    0, 0,    0,    0, 0, 0, 0, 0x0E, 0x06, 0, 0}));
+    EXPECT_EQ(Bytes(std::span(srb).subspan(48, 8)),
+              (std::vector<uint8_t>{0x1B, 0, 0, 0, 0x02, 0, 0, 0}));
+
+    // What the layer reads back.
+    const ExecFields fields = ReadExecSrb(srb);
+    EXPECT_EQ(fields.address, (SrbAddress{3, 7, 5}));
+    EXPECT_EQ(fields.flags, kSrbDataOut);
+    EXPECT_EQ(fields.cdbLength, 6);
+    EXPECT_EQ(fields.senseLength, 14);
+    EXPECT_EQ(fields.event, 9);
+    EXPECT_EQ(fields.cdb[0], 0x1B);
+}
+
+TEST(AspiSrb, ReadingAnExecuteBlockFromItsBytes) {
+    std::array<uint8_t, kExecSrbSize> srb{};
+    const std::vector<uint8_t> head{
+        0x02, 0x00, 0x04, 0x08, 0,    0,    0, 0, 0x01, 0x02, 0,    0,    0x00, 0x08, 0x00, 0x00,
+        0x78, 0x56, 0x34, 0x12, 0x12, 0x0C, 0, 0, 0xFF, 0xFF, 0xFF, 0xFF, 0x01, 0x00, 0x00, 0x00};
+    std::copy(head.begin(), head.end(), srb.begin());
+    const ExecFields fields = ReadExecSrb(srb);
+    EXPECT_EQ(fields.address, (SrbAddress{4, 1, 2}));
+    EXPECT_EQ(fields.bufferLength, 2048u);
+    EXPECT_EQ(fields.bufferAddress, 0x0000000112345678u);
+    EXPECT_EQ(fields.senseLength, 0x12);
+    EXPECT_EQ(fields.cdbLength, 12);
+    EXPECT_EQ(fields.event, -1);
+    EXPECT_EQ(fields.cdb.size(), 16u);
+}
+
+TEST(AspiSrb, TimeOutDeviceTypeAndDiskInfoBlocks) {
+    std::array<uint8_t, kTimeoutSrbSize> timeOut;
+    timeOut.fill(0xCC);
+    BuildTimeoutSrb(timeOut, {1, 2, 0}, AspiTimeOut(0));
+    EXPECT_EQ(Bytes(timeOut), (std::vector<uint8_t>{0x08, 0x00, 0x01, 0x10, 0, 0, 0, 0, 0x02, 0x00,
+                                                    0xE0, 0xA5, 0x01, 0x00}));  // 108000
+    BuildTimeoutSrb(timeOut, {0, 1, 0}, AspiTimeOut(5));
+    EXPECT_EQ(Bytes(std::span(timeOut).subspan(8)),
+              (std::vector<uint8_t>{0x01, 0x00, 0x0A, 0x00, 0x00, 0x00}));
+
+    std::array<uint8_t, kDeviceTypeSrbSize> type;
+    type.fill(0xCC);
+    BuildDeviceTypeSrb(type, {2, 6, 7});
+    EXPECT_EQ(Bytes(type),
+              (std::vector<uint8_t>{0x01, 0x00, 0x02, 0x00, 0, 0, 0, 0, 0x06, 0x07, 0x00, 0x00}));
+
+    std::array<uint8_t, kDiskInfoSrbSize> disk;
+    disk.fill(0xCC);
+    BuildDiskInfoSrb(disk, {0, 1, 0});
+    std::vector<uint8_t> expected(kDiskInfoSrbSize, 0);
+    expected[0] = 0x06;
+    expected[8] = 0x01;
+    EXPECT_EQ(Bytes(disk), expected);
+}
+
+TEST(AspiSrb, TimeOutsAreHalfSecondsWithTheirOwnDefault) {
+    EXPECT_EQ(AspiTimeOut(0), 108000u);
+    EXPECT_EQ(AspiTimeOut(5), 10u);
+    EXPECT_EQ(AspiTimeOut(10800), 21600u);
+    EXPECT_EQ(AspiTimeOut(-1), 0xFFFFFFFEu);
+}
+
+TEST(AspiSrb, StatusRules) {
+    // Carried out: the target status, GOOD or not, even when the wait ran out just as it ended.
+    EXPECT_EQ(ExecResult(kSrbComplete, 0, false), 0);
+    EXPECT_EQ(ExecResult(kSrbComplete, 0, true), 0);
+    EXPECT_EQ(ExecResult(kSrbError, kStatusCheckCondition, false), 2);
+    EXPECT_EQ(ExecResult(kSrbError, 0x08, false), 8);  // BUSY
+    // Aborted (the layer's time-out included), refused, or still running when the wait ended.
+    EXPECT_EQ(ExecResult(kSrbAborted, 0, false), 255);
+    EXPECT_EQ(ExecResult(kSrbNoDevice, 0, false), 255);
+    EXPECT_EQ(ExecResult(kSrbInvalidHostAdapter, 0, false), 255);
+    EXPECT_EQ(ExecResult(kSrbInvalidSrb, 0, false), 255);
+    EXPECT_EQ(ExecResult(kSrbPending, 0, true), 255);
+    EXPECT_EQ(ExecResult(kSrbError, kStatusCheckCondition, true), 255);
+}
