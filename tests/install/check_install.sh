@@ -20,6 +20,11 @@ need share/plattmix/Languages/English.lng
 need share/applications/de.trovalis.plattmix.desktop
 need share/icons/hicolor/scalable/apps/de.trovalis.plattmix.svg
 need share/metainfo/de.trovalis.plattmix.metainfo.xml
+# The fall-back transport's layer, in the program's own library folder.
+if ! compgen -G "$prefix/lib*/plattmix/libplattmix_aspi.so" >/dev/null; then
+    echo "missing after install: lib/plattmix/libplattmix_aspi.so"
+    status=1
+fi
 
 desktop-file-validate "$prefix/share/applications/de.trovalis.plattmix.desktop" || status=1
 appstreamcli validate --no-net "$prefix/share/metainfo/de.trovalis.plattmix.metainfo.xml" || status=1
