@@ -1,0 +1,17 @@
+# The fall-back transport in the test bed (aspi_fallback.py): the guest program and plattmix-cli's
+# drive commands linked dynamically, so that the transport can load its layer library there.
+add_executable(testbed_aspi testbed_aspi_main.cpp AspiChecks.cpp CommandLineChecks.cpp
+                            ${PROJECT_SOURCE_DIR}/app/window/TransportChoice.cpp)
+target_include_directories(testbed_aspi PRIVATE ${PROJECT_SOURCE_DIR}/app/window)
+target_link_libraries(testbed_aspi PRIVATE plattmix_audiocd plattmix_scsi)
+add_executable(testbed_cli_shared testbed_cli_main.cpp)
+target_link_libraries(testbed_cli_shared PRIVATE plattmix_cli_drives)
+add_dependencies(testbed_aspi plattmix_aspi)
+
+add_test(NAME testbed.aspi
+         COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/aspi_fallback.py
+                 --program $<TARGET_FILE:testbed_aspi> --cli $<TARGET_FILE:testbed_cli_shared>
+                 --layer $<TARGET_FILE:plattmix_aspi>
+                 --script ${CMAKE_CURRENT_SOURCE_DIR}/aspi_guest.sh
+                 --work ${CMAKE_CURRENT_BINARY_DIR}/aspi)
+set_tests_properties(testbed.aspi PROPERTIES TIMEOUT 600 LABELS testbed)

@@ -1,0 +1,100 @@
+#!/usr/bin/env python3
+"""The fall-back transport in a real kernel: the drive test bed booted without the sr driver
+(sg-only: the drives are /dev/sg0 and /dev/sg1) and without either driver (no-driver).
+
+The guest program, plattmix-cli's drive commands and the layer library are linked dynamically
+(the transport loads its layer at run time); they go into the guest with their shared libraries
+and the dynamic loader, flat in /testbed, and the guest script (aspi_guest.sh) runs the program
+in place of the probe. With sg-only the program's start must choose the fall-back transport,
+list both drives with their INQUIRY identification and read the TOC and sectors that match the
+image; with no-driver it must show the two-line message and end (AspiChecks.h).
+
+Exit status 0 only when both boots passed and every expected check passed.
+"""
+
+import argparse
+import shutil
+import subprocess
+import sys
+from pathlib import Path
+
+HERE = Path(__file__).resolve().parent
+TESTBED = HERE.parent.parent / "tools" / "testbed" / "testbed.py"
+sys.path.insert(0, str(HERE))
+from iso_mount import Failure  # noqa: E402
+from vdrive_mount import libraries  # noqa: E402
+
+EXPECTED = {
+    "sg-only": ["aspi.no-pass-through", "aspi.support", "aspi.start", "aspi.drives",
+                "aspi.address.sg0", "aspi.address.sg1", "aspi.list", "aspi.inquiry.sg0",
+                "aspi.inquiry.sg1", "aspi.tur.empty", "aspi.tur.loaded", "aspi.toc.lba",
+                "aspi.toc.msf", "aspi.readcd.user-data", "aspi.readcd.raw", "aspi.read10",
+                "aspi.read10.out-of-range", "aspi.timeout", "aspi.cli.drives", "aspi.cli.toc",
+                "aspi.cli.toc.sg0", "aspi.cli.toc.empty"],
+    "no-driver": ["aspi.none", "aspi.start.none", "aspi.cli.none"],
+}
+
+
+def guest_files(work: Path, program: Path, cli: Path, layer: Path) -> list:
+    """The programs under their guest names, the layer, and every library they load."""
+    staged = work / "guest"
+    shutil.rmtree(staged, ignore_errors=True)
+    staged.mkdir(parents=True)
+    binaries = {"testbed_aspi": program, "testbed_cli_shared": cli, layer.name: layer}
+    libs = {}
+    for binary in binaries.values():
+        libs.update(libraries(binary))
+    files = []
+    for name, source in list(binaries.items()) + list(libs.items()):
+        shutil.copyfile(source, staged / name)  # follows links: the file under its load name
+        files.append(staged / name)
+    return files
+
+
+def boot(variant: str, script: Path, files: list, work: Path) -> set:
+    """Runs one boot; the names of the checks that passed."""
+    command = [sys.executable, str(TESTBED), "--probe", str(script), "--variant", variant,
+               "--expect-checks", "--work", str(work / variant)]
+    for path in files:
+        command += ["--file", str(path)]
+    print("+ " + " ".join(command[:9]) + f" ... ({len(files)} files)", flush=True)
+    harness = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                             text=True, errors="replace")
+    print(harness.stdout, end="", flush=True)
+    if harness.returncode != 0:
+        raise Failure(f"the {variant} boot failed (exit status {harness.returncode})")
+    return {line.split()[1] for line in harness.stdout.splitlines()
+            if line.startswith("CHECK ") and len(line.split()) >= 3 and line.split()[2] == "PASS"}
+
+
+def main() -> int:
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--program", type=Path, required=True, help="the guest program")
+    parser.add_argument("--cli", type=Path, required=True, help="the drive commands' program")
+    parser.add_argument("--layer", type=Path, required=True, help="libplattmix_aspi.so")
+    parser.add_argument("--script", type=Path, required=True, help="the guest script")
+    parser.add_argument("--work", type=Path, required=True, help="folder for the boots")
+    args = parser.parse_args()
+
+    shutil.rmtree(args.work, ignore_errors=True)
+    args.work.mkdir(parents=True)
+    try:
+        files = guest_files(args.work, args.program, args.cli, args.layer)
+        for variant, expected in EXPECTED.items():
+            passed = boot(variant, args.script, files, args.work)
+            missing = [name for name in expected if name not in passed]
+            if missing:
+                raise Failure(f"{variant}: no passing check for: " + ", ".join(missing))
+            print(f"fall-back transport ({variant}): every check passed ({len(passed)} names)",
+                  flush=True)
+        return 0
+    except (Failure, OSError) as error:
+        print(f"FALL-BACK TRANSPORT TEST FAILED: {error}", flush=True)
+        return 1
+    finally:
+        shutil.rmtree(args.work / "guest", ignore_errors=True)
+
+
+if __name__ == "__main__":
+    sys.exit(main())
