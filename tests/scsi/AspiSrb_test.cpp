@@ -62,22 +62,6 @@ TEST(AspiSrb, ExecuteBlockLayout) {
     EXPECT_EQ(fields.cdb[0], 0x1B);
 }
 
-TEST(AspiSrb, ReadingAnExecuteBlockFromItsBytes) {
-    std::array<uint8_t, kExecSrbSize> srb{};
-    const std::vector<uint8_t> head{
-        0x02, 0x00, 0x04, 0x08, 0,    0,    0, 0, 0x01, 0x02, 0,    0,    0x00, 0x08, 0x00, 0x00,
-        0x78, 0x56, 0x34, 0x12, 0x12, 0x0C, 0, 0, 0xFF, 0xFF, 0xFF, 0xFF, 0x01, 0x00, 0x00, 0x00};
-    std::copy(head.begin(), head.end(), srb.begin());
-    const ExecFields fields = ReadExecSrb(srb);
-    EXPECT_EQ(fields.address, (SrbAddress{4, 1, 2}));
-    EXPECT_EQ(fields.bufferLength, 2048u);
-    EXPECT_EQ(fields.bufferAddress, 0x0000000112345678u);
-    EXPECT_EQ(fields.senseLength, 0x12);
-    EXPECT_EQ(fields.cdbLength, 12);
-    EXPECT_EQ(fields.event, -1);
-    EXPECT_EQ(fields.cdb.size(), 16u);
-}
-
 TEST(AspiSrb, TimeOutDeviceTypeAndDiskInfoBlocks) {
     std::array<uint8_t, kTimeoutSrbSize> timeOut;
     timeOut.fill(0xCC);
