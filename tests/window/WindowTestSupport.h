@@ -110,7 +110,9 @@ class WindowTest : public ::testing::Test {
         options.window.firstTransport = [sys, dev] {
             return std::make_unique<scsi::clsSPTI>(sys, dev);
         };
-        options.window.fallbackTransport = CreateFallbackTransport;
+        // The fall-back over the machine's SCSI generic devices would see real drives; these
+        // tests want a machine without any (the test bed checks the fall-back itself).
+        options.window.fallbackTransport = [] { return std::unique_ptr<scsi::ISCSI>(); };
         return options;
     }
 
