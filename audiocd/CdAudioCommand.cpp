@@ -246,7 +246,12 @@ int32_t MillisecondsToFrames(int64_t milliseconds) {
 std::string FormatPosition(int32_t frames, MciTimeFormat format) {
     if (format == MciTimeFormat::Milliseconds)
         return std::to_string(FramesToMilliseconds(frames));
-    const auto two = [](int32_t n) { return (n < 10 ? "0" : "") + std::to_string(n); };
+    const auto two = [](int32_t n) {
+        std::string text = std::to_string(n);
+        if (text.size() < 2)
+            text.insert(text.begin(), '0');
+        return text;
+    };
     return two(frames / kFramesPerMinute) + ":" +
            two(frames / modMSF::kFramesPerSecond % modMSF::kSecondsPerMinute) + ":" +
            two(frames % modMSF::kFramesPerSecond);

@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <set>
 
@@ -35,7 +36,11 @@ bool ListRow(CompilationRow& row, const struct stat& info, const ScanHooks& hook
         return true;
     }
     ShowOrdnerInhalt(row.path, row.listing, hooks);
-    row.listing.ListFolders.insert(row.listing.ListFolders.begin(), row.path);
+    // The row's own folder goes first: its parents come before its children.
+    auto& folders = row.listing.ListFolders;
+    std::string own = row.path;
+    folders.emplace_back(std::move(own));
+    std::rotate(folders.begin(), folders.end() - 1, folders.end());
     return !EscapePressed(hooks);
 }
 
