@@ -9,6 +9,7 @@
 
 #include "BurnCommand.h"
 #include "BurnService.h"
+#include "CliRun.h"
 #include "CompilationList.h"
 #include "FolderListing.h"
 #include "IsoImage.h"
@@ -21,10 +22,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-struct CliRun {
-    int code;
-    std::string out, err;
-};
+using plattmix::clitest::CliRun;
 
 CliRun RunCli(const std::string& command, std::map<std::string, std::string> options,
               std::vector<std::string> paths = {}) {

@@ -1,5 +1,6 @@
 // plattmix-cli's commands, run on generated disc images.
 #include "Commands.h"
+#include "CliRun.h"
 
 #include <gtest/gtest.h>
 
@@ -15,19 +16,8 @@ using namespace plattmix::cli;
 
 namespace {
 
-struct CliRun {
-    int code;
-    std::string out, err;
-};
-
-CliRun RunCli(const std::vector<std::string>& words) {
-    std::ostringstream out, err;
-    const ParseResult parsed = ParseCommandLine(words);
-    if (!parsed.args)
-        return {kExitUsage, "", parsed.error};
-    const int code = RunCommand(*parsed.args, out, err);
-    return {code, out.str(), err.str()};
-}
+using plattmix::clitest::CliRun;
+using plattmix::clitest::RunCli;
 
 }  // namespace
 

@@ -9,6 +9,7 @@
 #include <iterator>
 #include <sstream>
 
+#include "CliRun.h"
 #include "Commands.h"
 #include "common/ScratchFolder.h"
 
@@ -17,19 +18,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-struct CliRun {
-    int code;
-    std::string out, err;
-};
-
-CliRun RunCli(const std::vector<std::string>& words) {
-    std::ostringstream out, err;
-    const ParseResult parsed = ParseCommandLine(words);
-    if (!parsed.args)
-        return {kExitUsage, "", parsed.error};
-    const int code = RunCommand(*parsed.args, out, err);
-    return {code, out.str(), err.str()};
-}
+using plattmix::clitest::CliRun;
+using plattmix::clitest::RunCli;
 
 std::string ReadBytes(const fs::path& path) {
     std::ifstream in(path, std::ios::binary);

@@ -5,6 +5,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "CliRun.h"
 #include "Commands.h"
 #include "IsoImage.h"
 #include "IsoTreeReader.h"
@@ -16,19 +17,10 @@ namespace fs = std::filesystem;
 
 namespace {
 
-struct CliRun {
-    int code;
-    std::string out, err;
-};
+using plattmix::clitest::CliRun;
 
 CliRun RunIso(std::vector<std::string> words, bool terminal = false) {
-    words.insert(words.begin(), "iso");
-    std::ostringstream out, err;
-    const ParseResult parsed = ParseCommandLine(words);
-    if (!parsed.args)
-        return {kExitUsage, "", parsed.error};
-    const int code = RunCommand(*parsed.args, out, err, terminal);
-    return {code, out.str(), err.str()};
+    return plattmix::clitest::RunCommandWords("iso", std::move(words), terminal);
 }
 
 }  // namespace

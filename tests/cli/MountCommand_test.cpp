@@ -11,6 +11,7 @@
 #include <optional>
 #include <sstream>
 
+#include "CliRun.h"
 #include "Commands.h"
 #include "VirtualDrive.h"
 #include "common/ScratchFolder.h"
@@ -24,19 +25,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-struct CliRun {
-    int code;
-    std::string out, err;
-};
-
-CliRun RunCli(const std::vector<std::string>& words) {
-    std::ostringstream out, err;
-    const ParseResult parsed = ParseCommandLine(words);
-    if (!parsed.args)
-        return {kExitUsage, "", parsed.error};
-    const int code = RunCommand(*parsed.args, out, err);
-    return {code, out.str(), err.str()};
-}
+using plattmix::clitest::CliRun;
+using plattmix::clitest::RunCli;
 
 // Sets a variable for the test's time.
 class ScopedEnv {

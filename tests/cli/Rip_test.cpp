@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <sstream>
 
+#include "CliRun.h"
 #include "Commands.h"
 #include "DiscWriter.h"
 #include "Fixtures.h"
@@ -18,19 +19,10 @@ namespace fs = std::filesystem;
 
 namespace {
 
-struct Ripped {
-    int code;
-    std::string out, err;
-};
+using Ripped = plattmix::clitest::CliRun;
 
 Ripped Rip(std::vector<std::string> words, bool terminal = false) {
-    words.insert(words.begin(), "rip");
-    std::ostringstream out, err;
-    const ParseResult parsed = ParseCommandLine(words);
-    if (!parsed.args)
-        return {kExitUsage, "", parsed.error};
-    const int code = RunCommand(*parsed.args, out, err, terminal);
-    return {code, out.str(), err.str()};
+    return plattmix::clitest::RunCommandWords("rip", std::move(words), terminal);
 }
 
 }  // namespace
