@@ -122,12 +122,5 @@ BENCHMARK(BM_EncodeVsFfmpeg)
 }  // namespace
 
 int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    std::error_code ignored;
-    fs::remove_all(BenchFolder(), ignored);
-    return 0;
+    return plattmix::bench::RunAndClean(argc, argv, BenchFolder());
 }

@@ -181,12 +181,5 @@ BENCHMARK(BM_RipDiscUnlimited)->Iterations(3)->UseManualTime()->Unit(benchmark::
 }  // namespace
 
 int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    std::error_code ignored;
-    fs::remove_all(BenchFolder(), ignored);  // the disc is about 780 MB
-    return 0;
+    return plattmix::bench::RunAndClean(argc, argv, BenchFolder());  // the disc is about 780 MB
 }

@@ -140,11 +140,5 @@ BENCHMARK(BM_ScanVersusDu)->UseManualTime()->Unit(benchmark::kMillisecond);
 }  // namespace
 
 int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    std::filesystem::remove_all(TreeFolder());
-    return 0;
+    return plattmix::bench::RunAndClean(argc, argv, TreeFolder());
 }
