@@ -23,8 +23,12 @@ ff::CodecContext OpenEncoder(const OutputFormat& format, bool globalHeader) {
     context->time_base = AVRational{1, format.sampleRate};
     if (format.bitRate > 0)
         context->bit_rate = format.bitRate;
-    if (format.bitsPerSample > 0)
+    // The declared width goes into both fields: FLAC's stream info takes the raw one, the
+    // ASF header's WAVEFORMATEX the coded one.
+    if (format.bitsPerSample > 0) {
         context->bits_per_raw_sample = format.bitsPerSample;
+        context->bits_per_coded_sample = format.bitsPerSample;
+    }
     if (format.profile >= 0)
         context->profile = format.profile;
     if (globalHeader)

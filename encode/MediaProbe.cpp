@@ -68,6 +68,7 @@ std::optional<ProbedAudio> ProbeAudioFile(const std::string& path, bool keepSamp
     audio.sampleRate = stream->codecpar->sample_rate;
     audio.channels = stream->codecpar->ch_layout.nb_channels;
     audio.bitsPerRawSample = stream->codecpar->bits_per_raw_sample;
+    audio.bitsPerCodedSample = stream->codecpar->bits_per_coded_sample;
     audio.frameSize = stream->codecpar->frame_size;
     CollectTags(format->metadata, audio.tags);
     CollectTags(stream->metadata, audio.tags);

@@ -96,6 +96,9 @@ TEST_P(EachFormat, DecodesToItsCodecRateChannelsLengthAndTags) {
     EXPECT_EQ(probed->codec, c.decoder);
     EXPECT_EQ(probed->sampleRate, c.rate);
     EXPECT_EQ(probed->channels, 2);
+    if (c.index == 5) {
+        EXPECT_EQ(probed->bitsPerCodedSample, 24);  // WMA declares 24 bits, as it always has
+    }
 
     // The demuxer's view of the source: the frames the header announces.
     const int64_t sourceFrames = (static_cast<int64_t>(ShortImage().size()) - 88) / 4;
