@@ -207,6 +207,8 @@ BurnResult BurnZusammenstellung(IBurnService& service, const BurnCompilationPara
         result.listStatus = kIsoFailed;
         ShowStatus(hooks, result.status, kTextBurnFailed);
         ShowMessage(hooks, kTextBurnFailed, MessageIcon::Critical);
+        // A failed run ends, as every refusal does, with its status text in a message box.
+        ShowMessage(hooks, result.status, MessageIcon::Exclamation);
     }
     return result;
 }

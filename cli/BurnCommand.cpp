@@ -92,6 +92,10 @@ class JobOutput {
         hooks.progress = [this](int percent) { Progress(percent); };
         hooks.askYesNo = std::move(answer);
         hooks.showMessage = [this](const std::string& text, MessageIcon icon) {
+            // A failed write's status text follows the failure's own box: one line is enough.
+            if (text == lastMessage_)
+                return;
+            lastMessage_ = text;
             (icon == MessageIcon::Information ? out_ : err_) << Lines(text) << '\n';
         };
         return hooks;
@@ -123,6 +127,7 @@ class JobOutput {
     std::string label_;
     bool barShown_ = false;
     std::string shownKind_;
+    std::string lastMessage_;
 };
 
 int Outcome(bool done, const std::string& detail, std::ostream& err) {

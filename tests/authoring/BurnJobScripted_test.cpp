@@ -256,8 +256,12 @@ TEST_F(ScriptedBurnTest, FailedWriteOfACompilation) {
     EXPECT_EQ(result.outcome, BurnOutcome::Failed);
     EXPECT_EQ(result.status, kTextBurnFailed);
     EXPECT_EQ(result.listStatus, "Fehler!");
-    ASSERT_EQ(seen.messages.size(), 1u);
-    EXPECT_EQ(seen.messages[0].second, MessageIcon::Critical);
+    // The failure's box, then the status text in a box of its own.
+    ASSERT_EQ(seen.messages.size(), 2u);
+    EXPECT_EQ(seen.messages[0],
+              std::make_pair(std::string(kTextBurnFailed), MessageIcon::Critical));
+    EXPECT_EQ(seen.messages[1],
+              std::make_pair(std::string(kTextBurnFailed), MessageIcon::Exclamation));
     EXPECT_FALSE(service.calls.ejected);
 }
 
