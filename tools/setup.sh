@@ -18,8 +18,9 @@ packages=(
     qt6-base-dev fonts-wine fonts-liberation2
     # the window's tests on a real X display, and checks of the installed desktop files
     xvfb xauth appstream desktop-file-utils
-    # German number formats in the size texts are tested in a real de_DE locale
-    locales
+    # German number formats in the size texts are tested in a real de_DE locale; the C library's
+    # and Qt's own texts in German
+    locales libc-l10n qt6-translations-l10n
     # tests and benchmarks
     libgtest-dev libgmock-dev libbenchmark-dev clang-format
     # the udisks2 tests' private message bus; udisks2 and udev are carried into the test bed's
