@@ -24,6 +24,7 @@
 #include "MountPoint.h"
 #include "MsgBox.h"
 #include "OutputFormats.h"
+#include "QtTranslation.h"
 #include "TabSize.h"
 #include "TabStrip.h"
 #include "TrackList.h"
@@ -171,6 +172,7 @@ void frmMain::LoadSettings() {
 void frmMain::LoadLanguage() {
     lang_ = shell::LanguageTexts(options_.languagesFolder,
                                  shell::ReadLanguageName(paths_.SuiteOptionsFile));
+    InstallQtTranslation(lang_.LanguageName());
     if (lang_.LanguageName() == "default" || lang_.LanguageName().empty())
         FillSelectionCommands();
     else

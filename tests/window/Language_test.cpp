@@ -1,13 +1,17 @@
 // The interface in another language: the suite's language setting names a file in the
 // Languages folder, and every caption is looked up under its German text.
 #include <QAction>
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFile>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
+#include <QPainter>
 #include <QPushButton>
+#include <QTest>
 #include <fstream>
 
 #include "TabStrip.h"
@@ -38,7 +42,77 @@ class Translated : public WindowTest {
     MsgBoxRecorder boxes;
 };
 
+// What a real question box showed, and whether a key answered it.
+struct ShownBox {
+    QString yes, no;
+    QImage picture;  // the box over the window
+    bool timedOut = false;
+};
+
+// Once a question box is shown, keeps its buttons' texts and a picture, then presses Alt+key.
+// A box nothing answers is closed after half a minute, so the run goes on and tells.
+void AnswerWithAlt(QWidget* window, Qt::Key key, ShownBox& shown) {
+    auto* poll = new QTimer(window);
+    QObject::connect(poll, &QTimer::timeout, [window, key, poll, &shown] {
+        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        if (box == nullptr || !box->isVisible() || QApplication::activeWindow() != box)
+            return;
+        poll->deleteLater();
+        shown.yes = box->button(QMessageBox::Yes)->text();
+        shown.no = box->button(QMessageBox::No)->text();
+        shown.picture = window->grab().toImage();
+        QPainter(&shown.picture)
+            .drawPixmap(box->mapToGlobal(QPoint()) - window->mapToGlobal(QPoint()), box->grab());
+        QTest::keyClick(box, key, Qt::AltModifier);
+        QTimer::singleShot(30000, box, [box, &shown] {
+            shown.timedOut = true;
+            box->reject();
+        });
+    });
+    poll->start(20);
+}
+
 }  // namespace
+
+// Qt's own texts follow the interface: a real question box, answered with the accelerator of
+// its button, says "&Ja"/"&Nein" in German and Qt's "&Yes"/"&No" with the English file.
+TEST_F(Translated, QtButtonsSpeakTheInterfaceLanguage) {
+    std::filesystem::copy_file(PLATTMIX_SOURCE_LANGUAGES "/English.lng", languages / "English.lng");
+    const struct {
+        const char* language;
+        const char* yes;
+        const char* no;
+        Qt::Key key;
+        Qt::CheckState rows;  // Yes checks every row and rips
+    } cases[] = {{"default", "&Ja", "&Nein", Qt::Key_J, Qt::Checked},
+                 {"English", "&Yes", "&No", Qt::Key_N, Qt::Unchecked}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.language);
+        ChooseLanguage(c.language);
+        startup.reset();
+        frmMain* window = StartAndFill();
+        ASSERT_NE(window, nullptr);
+        window->resize(860, 640);
+        window->show();
+        window->ComboBox3->setCurrentIndex(6);  // WAV
+        window->ComboBox1->setEditText(QString::fromStdString((root / "Ziel").string()));
+        window->ComboBox2->activated(1);  // nothing checked
+        ShownBox shown;
+        AnswerWithAlt(window, c.key, shown);
+        const MsgBoxAnswerer recorder = SetMsgBoxAnswerer({});
+        window->mnuSave->trigger();
+        SetMsgBoxAnswerer(recorder);
+
+        EXPECT_EQ(shown.yes, QString::fromUtf8(c.yes));
+        EXPECT_EQ(shown.no, QString::fromUtf8(c.no));
+        ASSERT_FALSE(shown.timedOut);
+        for (int row = 0; row < window->ExplorerListView1->topLevelItemCount(); ++row)
+            EXPECT_EQ(window->ExplorerListView1->topLevelItem(row)->checkState(0), c.rows);
+        if (c.rows == Qt::Checked)
+            SavePicture(shown.picture, QStringLiteral("frage.png"));
+    }
+    EXPECT_TRUE(boxes.boxes.empty());
+}
 
 TEST_F(Translated, CaptionsColumnsTabsAndCommandsAreTranslated) {
     WriteLanguage("Test",

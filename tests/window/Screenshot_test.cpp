@@ -14,20 +14,6 @@
 using namespace plattmix::window;
 using namespace plattmix::window::test;
 
-namespace {
-
-QStringList ScreenshotFolders() {
-    QStringList folders;
-    for (const char* variable : {"PLATTMIX_SCREENSHOT_OUT", "PLATTMIX_SCREENSHOT_DIR"}) {
-        const QString folder = qEnvironmentVariable(variable);
-        if (!folder.isEmpty())
-            folders << folder;
-    }
-    return folders;
-}
-
-}  // namespace
-
 TEST_F(WindowTest, EachPageMakesAPicture) {
     UseImages({DemoDiscIn(root / "demo")});
     MsgBoxRecorder boxes;
@@ -44,10 +30,7 @@ TEST_F(WindowTest, EachPageMakesAPicture) {
         const QImage picture = window->grab().toImage();
         ASSERT_FALSE(picture.isNull());
         EXPECT_EQ(picture.size(), window->size() * window->devicePixelRatio());
-        for (const QString& folder : ScreenshotFolders()) {
-            QDir().mkpath(folder);
-            EXPECT_TRUE(picture.save(folder + QLatin1Char('/') + QString::fromUtf8(names[page])));
-        }
+        SavePicture(picture, QString::fromUtf8(names[page]));
     }
     EXPECT_TRUE(boxes.boxes.empty());
 }

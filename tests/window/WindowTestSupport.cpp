@@ -1,5 +1,6 @@
 #include "WindowTestSupport.h"
 
+#include <QDir>
 #include <fstream>
 
 #include "DemoDisc.h"
@@ -31,6 +32,16 @@ std::string DataDiscIn(const std::filesystem::path& folder) {
     for (int i = 0; i < 300; ++i)
         out << sector;
     return path.string();
+}
+
+void SavePicture(const QImage& picture, const QString& name) {
+    for (const char* variable : {"PLATTMIX_SCREENSHOT_OUT", "PLATTMIX_SCREENSHOT_DIR"}) {
+        const QString folder = qEnvironmentVariable(variable);
+        if (folder.isEmpty())
+            continue;
+        QDir().mkpath(folder);
+        EXPECT_TRUE(picture.save(folder + QLatin1Char('/') + name)) << name.toStdString();
+    }
 }
 
 std::string ReadSettingsValue(const std::filesystem::path& file, const std::string& section,

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <QEventLoop>
+#include <QImage>
 #include <QString>
 #include <QStringList>
 #include <QTimer>
@@ -157,6 +158,10 @@ std::string WriteDisc(const std::string& fixture, const std::filesystem::path& f
 std::string DemoDiscIn(const std::filesystem::path& folder);
 // An image of a data disc: an ISO file of zeroed sectors.
 std::string DataDiscIn(const std::filesystem::path& folder);
+
+// Writes picture as name into the folders the run asks pictures for (PLATTMIX_SCREENSHOT_OUT,
+// set by the run under a real X server, and PLATTMIX_SCREENSHOT_DIR); nothing when none is set.
+void SavePicture(const QImage& picture, const QString& name);
 
 std::string ReadSettingsValue(const std::filesystem::path& file, const std::string& section,
                               const std::string& key);
