@@ -377,7 +377,7 @@ TEST(CdAudioFallback, TheEjectButtonAndThePlayerFindTheDriveByItsEntry) {
     EXPECT_TRUE(player.IsOpen());
     rig->sink->Hold(1);
     ASSERT_TRUE(player.PlayFrom(kTrack3).ok());
-    ASSERT_TRUE(rig->sink->WaitForCalls(2));  // opened, four sectors taken
+    ASSERT_TRUE(rig->sink->WaitForCalls(2));  // four sectors taken, the next four waiting
     player.Stop();
     rig->sink->Release();
     EXPECT_TRUE(rig->sink->Bytes() == rig->FromFile(kTrack3, kTrack3 + 4));
