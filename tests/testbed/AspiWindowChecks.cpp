@@ -3,6 +3,7 @@
 #include <sys/mount.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <memory>
 #include <vector>
 
@@ -18,6 +19,7 @@
 #include "MmcOpcodes.h"
 #include "MountPoint.h"
 #include "ScsiStatus.h"
+#include "TrayChecks.h"
 #include "TrayState.h"
 #include "audiocd/CdAudioTestSink.h"
 #include "clsASPI.h"
@@ -71,20 +73,6 @@ class AudioTocView final : public scsi::ISCSI {
     std::unique_ptr<scsi::ISCSI> inner_;
 };
 
-struct State {
-    int16_t value = scsi::kTrayUnknown;
-    int pauses = 0;
-    std::string Text() const {
-        return "state " + std::to_string(value) + " after " + std::to_string(pauses) + " pauses";
-    }
-};
-
-State Ask(scsi::ISCSI& transport, const std::string& handle) {
-    State state;
-    state.value = scsi::GetTrayState(transport, handle, [&state](int) { ++state.pauses; });
-    return state;
-}
-
 std::string HandleOf(scsi::ISCSI& transport, int16_t index) {
     return transport.DriveHandle(index);
 }
@@ -105,7 +93,8 @@ const char* MoveName(audiocd::DoorMove move) {
     return "None";
 }
 
-// The window's transport: the fall-back behind the lock it shares with the player.
+// The checks on the transport as the window holds it: the fall-back behind the lock it shares
+// with the player.
 class WindowPaths {
   public:
     WindowPaths(Report& report, Channel& channel, const std::string& data)
@@ -129,8 +118,8 @@ class WindowPaths {
     }
 
     void Tray() {
-        const State loaded = Ask(transport_, sg0_);
-        const State empty = Ask(transport_, sg1_);
+        const TrayAnswer loaded = AskTray(transport_, sg0_);
+        const TrayAnswer empty = AskTray(transport_, sg1_);
         const std::string node = scsi::BlockNodeOf(transport_, sg0_);
         const std::string root = window::DriveRootOf(node);
         report_.Check("aspi.tray",
@@ -143,9 +132,9 @@ class WindowPaths {
     // drive.
     void Door() {
         const auto opened =
-            audiocd::PressEjectButton(Ask(transport_, sg0_).value, cdAudio_, entry_);
+            audiocd::PressEjectButton(AskTray(transport_, sg0_).value, cdAudio_, entry_);
         const std::string host = Qemu("tray 0");
-        const State open = Ask(transport_, sg0_);
+        const TrayAnswer open = AskTray(transport_, sg0_);
         report_.Check("aspi.door.open",
                       opened == audiocd::DoorMove::Opened && host.starts_with("ok open medium") &&
                           open.value == 1,
@@ -154,7 +143,7 @@ class WindowPaths {
 
         const auto closed = audiocd::PressEjectButton(open.value, cdAudio_, entry_);
         const std::string after = Qemu("tray 0");
-        const State shut = Ask(transport_, sg0_);
+        const TrayAnswer shut = AskTray(transport_, sg0_);
         report_.Check(
             "aspi.door.close",
             closed == audiocd::DoorMove::Closed && after.starts_with("ok closed medium") &&
@@ -239,7 +228,7 @@ void CheckDriveRootBesideSr(Report& report) {
     scsi::clsASPI aspi;
     const std::string handle = HandleOf(aspi, 1);
     const std::string node = scsi::BlockNodeOf(aspi, handle);
-    const State tray = Ask(aspi, handle);
+    const TrayAnswer tray = AskTray(aspi, handle);
     report.Check("aspi.sr.node", node == "/dev/sr0" && tray.value == 0,
                  aspi.DriveChar(handle) + " -> '" + node + "', " + tray.Text());
 
