@@ -6,6 +6,7 @@
 #include "CdAudioDisc.h"
 #include "CdAudioErrors.h"
 #include "CdAudioPlayer.h"
+#include "DriveList.h"
 #include "ScsiStatus.h"
 #include "modMMC.h"
 #include "modMSF.h"
@@ -43,14 +44,17 @@ std::string DriveName(std::string name) {
     return name;
 }
 
-// The transport's handle for a drive name, or nothing.
+// The transport's handle for a drive name, or nothing: the handle itself, the drive's short name
+// or the name its drive-list entry shows ("/dev/sg1" for a fall-back drive, whose handle is no
+// name at all).
 std::optional<std::string> FindHandle(scsi::ISCSI& transport, const std::string& name) {
     const std::string wanted = transport.DriveChar(name);
     for (int16_t i = 1; i <= transport.DriveCount(); ++i) {
         int16_t index = i;
         const std::string handle = transport.DriveHandle(index);
-        if (handle == name || transport.DriveChar(handle) == name ||
-            transport.DriveChar(handle) == wanted)
+        const std::string shown = transport.DriveChar(handle);
+        if (handle == name ||
+            (!shown.empty() && (shown == name || shown == wanted || DriveEntryName(shown) == name)))
             return handle;
     }
     return std::nullopt;

@@ -4,6 +4,7 @@
 #include <cctype>
 
 #include "CdAudioCommand.h"
+#include "TrayState.h"
 
 namespace plattmix::audiocd {
 
@@ -51,6 +52,14 @@ bool OpenCloseCD(const MciExecuteFn& execute, const std::string& drive, bool ope
 bool OpenCloseCD(CdAudio& cdAudio, const std::string& drive, bool openDoor) {
     return OpenCloseCD([&cdAudio](const std::string& command) { return cdAudio.Execute(command); },
                        drive, openDoor);
+}
+
+DoorMove PressEjectButton(int16_t trayState, CdAudio& cdAudio, const std::string& drive) {
+    if (trayState == scsi::kTrayClosed)
+        return OpenCloseCD(cdAudio, drive, true) ? DoorMove::Opened : DoorMove::OpenFailed;
+    if (trayState == scsi::kTrayOpen)
+        return OpenCloseCD(cdAudio, drive, false) ? DoorMove::Closed : DoorMove::CloseFailed;
+    return DoorMove::None;
 }
 
 }  // namespace plattmix::audiocd

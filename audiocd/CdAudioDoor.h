@@ -2,6 +2,7 @@
 // door device under the drive's own alias, set its door open or closed, close the device.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <string>
 
@@ -24,5 +25,11 @@ std::string DoorAlias(const std::string& drive);
 // True when the door moved.
 bool OpenCloseCD(const MciExecuteFn& execute, const std::string& drive, bool openDoor);
 bool OpenCloseCD(CdAudio& cdAudio, const std::string& drive, bool openDoor);
+
+// What the eject button did.
+enum class DoorMove { Opened, Closed, OpenFailed, CloseFailed, None };
+// The eject button once the player has stopped: a closed tray (state 0) is opened, an open one
+// (1) closed with OpenCloseCD; an unknown state (-1) moves nothing.
+DoorMove PressEjectButton(int16_t trayState, CdAudio& cdAudio, const std::string& drive);
 
 }  // namespace plattmix::audiocd

@@ -6,10 +6,16 @@
 
 namespace plattmix::audiocd {
 
+std::string DriveEntryName(const std::string& driveChar) {
+    return driveChar.find('/') == std::string::npos ? "/dev/" + driveChar : driveChar;
+}
+
+std::string DriveNameOf(scsi::ISCSI& transport, const std::string& handle) {
+    return DriveEntryName(transport.DriveChar(handle));
+}
+
 std::string DriveEntryText(const std::string& driveChar, std::span<const uint8_t> inquiry) {
-    const std::string name =
-        driveChar.find('/') == std::string::npos ? "/dev/" + driveChar : driveChar;
-    return name + ":  " + modMMC::InquiryIdentText(inquiry);
+    return DriveEntryName(driveChar) + ":  " + modMMC::InquiryIdentText(inquiry);
 }
 
 void AddDriveEntry(scsi::ISCSI& transport, int16_t index, std::vector<DriveEntry>& entries,

@@ -21,9 +21,14 @@ struct DriveEntry {
 // A warning for the user (shown with the exclamation icon by the window).
 using WarnFn = std::function<void(std::string_view)>;
 
+// The name a drive goes by in its entry, from the transport's DriveChar: a bare name is a node
+// in /dev ("sg1" is "/dev/sg1"); a name with a slash (an image file) stays as it is.
+std::string DriveEntryName(const std::string& driveChar);
+// The same for a drive handle of the transport.
+std::string DriveNameOf(scsi::ISCSI& transport, const std::string& handle);
+
 // The entry text for a drive: its name, ":  ", then vendor, product and revision as the drive
-// pads them, NULs removed. A bare name from the transport is a node in /dev; a name with a
-// slash (an image file) is shown as it is.
+// pads them, NULs removed.
 std::string DriveEntryText(const std::string& driveChar, std::span<const uint8_t> inquiry);
 
 // Identifies one drive; warns "INQUIRY für Laufwerk N gescheitert." and adds nothing when the

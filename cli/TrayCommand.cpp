@@ -14,6 +14,7 @@
 #include "CdAudioCommand.h"
 #include "CdAudioDoor.h"
 #include "DriveChoice.h"
+#include "DriveList.h"
 #include "TrackList.h"
 #include "TrayState.h"
 #include "modMSF.h"
@@ -55,6 +56,12 @@ std::string HandleOf(DriveChoice& choice) {
     return choice.transport->DriveHandle(index);
 }
 
+// The name the cdaudio device knows the drive by, as the drive list shows it ("/dev/sg0" for a
+// fall-back drive, whose handle is no name).
+std::string NameOf(DriveChoice& choice) {
+    return audiocd::DriveNameOf(*choice.transport, HandleOf(choice));
+}
+
 int PrintState(const std::string& drive, std::ostream& out, std::ostream& err) {
     int16_t state = scsi::kTrayUnknown;
     std::error_code ec;
@@ -82,7 +89,7 @@ int MoveDoor(const std::string& drive, bool openDoor, std::ostream& err) {
     }
     audiocd::CdAudio cdAudio(*chosen.choice->transport, {});
     cdAudio.SetErrorBox([&err](const std::string& text) { err << text << '\n'; });
-    if (!audiocd::OpenCloseCD(cdAudio, HandleOf(*chosen.choice), openDoor)) {
+    if (!audiocd::OpenCloseCD(cdAudio, NameOf(*chosen.choice), openDoor)) {
         err << failed << '\n';
         return kExitFailed;
     }
@@ -179,7 +186,7 @@ int RunPlayCommand(const CliArgs& args, std::ostream& out, std::ostream& err, bo
     audiocd::CdAudio cdAudio(transport, sinks);
     const std::string alias = kPlayAlias;
     if (!Send(cdAudio,
-              "open " + audiocd::MciQuote(handle + ":") + " alias " + alias +
+              "open " + audiocd::MciQuote(NameOf(*chosen.choice) + ":") + " alias " + alias +
                   " wait shareable type cdaudio",
               err) ||
         !Send(cdAudio, "set " + alias + " time format milliseconds", err))

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <thread>
 
+#include "BlockNode.h"
 #include "ScsiStatus.h"
 #include "TrayNodeDevice.h"
 #include "modMMC.h"
@@ -32,8 +33,8 @@ TrayResult UnitReady(ITrayDevice& device) {
     return device.Exec(modMMC::BuildTestUnitReady(), {});
 }
 
-// The disc-image drive's commands as the tray path's: the result record built from the status
-// and the three sense bytes the transport keeps.
+// The transport's commands as the tray path's, for drives without a block node: the result
+// record built from the status and the three sense bytes the transport keeps.
 class TransportTrayDevice final : public ITrayDevice {
   public:
     TransportTrayDevice(ISCSI& transport, std::string handle)
@@ -191,8 +192,8 @@ int16_t GetTrayState(const std::string& drive, const TrayPauseFn& pause) {
 }
 
 int16_t GetTrayState(ISCSI& transport, const std::string& handle, const TrayPauseFn& pause) {
-    if (transport.Interface() != "IMAGE")
-        return GetTrayState(handle, pause);
+    if (const std::string node = BlockNodeOf(transport, handle); !node.empty())
+        return GetTrayState(node, pause);
     TransportTrayDevice device(transport, handle);
     return GetTrayState(device, pause);
 }

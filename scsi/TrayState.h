@@ -1,5 +1,6 @@
 // Whether a drive's tray is open, asked on a short pass-through path of its own: the drive node
-// is opened for this question alone, whatever transport the program otherwise uses.
+// is opened for this question alone, whatever transport the program otherwise uses. A drive
+// without a block node is asked through its transport.
 //
 // Every command on this path answers a 20-byte result: byte 0 the SCSI status (2 when the
 // request itself failed), bytes 1..19 the first 19 bytes of fixed-format sense data, so that
@@ -75,8 +76,9 @@ int16_t GetTrayState(ITrayDevice& device, const TrayPauseFn& pause = {});
 // The same for a drive node ("/dev/sr0", "sr0", "/dev/sr0:"), opened and closed here; -1 when
 // it cannot be opened.
 int16_t GetTrayState(const std::string& drive, const TrayPauseFn& pause = {});
-// For a drive of a transport: the node's own path for drives with a node, the transport
-// itself for the disc-image drive, whose drives have none.
+// For a drive of a transport: the path of its block node (BlockNodeOf) when it has one, else
+// the transport itself with the drive's handle (the disc-image drive, and the fall-back's drives
+// without the sr driver).
 int16_t GetTrayState(ISCSI& transport, const std::string& handle, const TrayPauseFn& pause = {});
 
 }  // namespace plattmix::scsi

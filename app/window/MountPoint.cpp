@@ -43,11 +43,11 @@ std::string WithSlash(std::string path) {
     return path;
 }
 
-std::string NodePath(const std::string& handle) {
-    if (handle.rfind("/dev/", 0) == 0)
-        return handle;
-    if (handle.rfind("sr", 0) == 0 && handle.find('/') == std::string::npos)
-        return "/dev/" + handle;
+std::string NodePath(const std::string& name) {
+    if (name.rfind("/dev/", 0) == 0)
+        return name;
+    if (name.rfind("sr", 0) == 0 && name.find('/') == std::string::npos)
+        return "/dev/" + name;
     return {};
 }
 
@@ -80,8 +80,8 @@ std::string MountPointFromMountInfo(std::string_view mountInfo, const std::strin
     return {};
 }
 
-std::string DriveRootOf(const std::string& handle) {
-    const std::string node = NodePath(handle);
+std::string DriveRootOf(const std::string& blockNode) {
+    const std::string node = NodePath(blockNode);
     if (node.empty())
         return {};
     std::ifstream file("/proc/self/mountinfo");

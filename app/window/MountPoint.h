@@ -1,5 +1,5 @@
 // The drive root of a drive node: where the disc's file system is mounted, read from the
-// kernel's mount table. Empty when the disc is not mounted (or the handle is not a node).
+// kernel's mount table. Empty when the disc is not mounted (or the drive has no block node).
 #pragma once
 
 #include <string>
@@ -12,7 +12,8 @@ namespace plattmix::window {
 std::string MountPointFromMountInfo(std::string_view mountInfo, const std::string& node,
                                     const std::string& majorMinor);
 
-// For a drive handle: "/dev/sr0" or "sr0" names a node in /dev; anything else has no root.
-std::string DriveRootOf(const std::string& handle);
+// For a drive's block node (scsi::BlockNodeOf): "/dev/sr0" or "sr0" names a node in /dev;
+// anything else, an empty name too, has no root.
+std::string DriveRootOf(const std::string& blockNode);
 
 }  // namespace plattmix::window

@@ -19,6 +19,7 @@
 #include <QUrl>
 
 #include "AlsaSink.h"
+#include "BlockNode.h"
 #include "CdAudioSharedTransport.h"
 #include "DriveList.h"
 #include "MountPoint.h"
@@ -143,6 +144,7 @@ bool frmMain::ChooseTransport() {
         *transport_, options_.audioSinks ? options_.audioSinks : audiocd::AlsaSinkFactory());
     cdAudio_->SetErrorBox(
         [this](const std::string& text) { MsgBox(this, Q(text), MsgBoxStyle::Exclamation); });
+    player_ = std::make_unique<audiocd::CdPlayerButtons>(*cdAudio_, kPlayerAlias);
     return true;
 }
 
@@ -211,7 +213,8 @@ void frmMain::cboDrv_Click() {
         return;
     auto index = static_cast<int16_t>(cboDrv->currentData().toInt());
     const std::string handle = transport_->DriveHandle(index);
-    driveRoot_ = options_.driveRoot ? options_.driveRoot(handle) : DriveRootOf(handle);
+    driveRoot_ = options_.driveRoot ? options_.driveRoot(handle)
+                                    : DriveRootOf(scsi::BlockNodeOf(*transport_, handle));
     // The list view shows the track list on the ripping page only; the other pages keep their
     // own rows in it.
     if (currentPage_ == kPageRip) {

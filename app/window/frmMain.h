@@ -14,6 +14,7 @@
 #include "BurnService.h"
 #include "CdAudio.h"
 #include "CdAudioSharedTransport.h"
+#include "CdPlayerButtons.h"
 #include "FolderListing.h"
 #include "IAudioSink.h"
 #include "ISCSI.h"
@@ -262,7 +263,6 @@ class frmMain final : public QMainWindow {
 
     // The CD player, the door and the tray (frmMainPlayer.cpp).
     int64_t SendCommand(const std::string& command, std::string* errorText = nullptr);
-    void OpenPlayer();
     void StopPlayer();
     void ReopenPlayer();
     int16_t TrayState();
@@ -278,9 +278,8 @@ class frmMain final : public QMainWindow {
     std::unique_ptr<scsi::ISCSI> transport_;
     audiocd::CdAudioSharedTransport* shared_ = nullptr;  // transport_, once the player shares it
     std::unique_ptr<audiocd::CdAudio> cdAudio_;          // plays through transport_; goes first
-    std::string playerDrive_;
-    int playerOpen_ = 0;  // 65535 once the player's device is open
-    int playerRow_ = -1;  // the row showing the player's status
+    std::unique_ptr<audiocd::CdPlayerButtons> player_;   // Play and Stop on cdAudio_
+    int playerRow_ = -1;                                 // the row showing the player's status
     std::string driveRoot_;
     authoring::FolderListing listing_;  // the ISO source, as Command7 or Start listed it
     std::vector<QTreeWidgetItem*> compilationRows_;  // kept while another page shows its rows

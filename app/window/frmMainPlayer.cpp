@@ -5,19 +5,17 @@
 #include <QTimer>
 #include <algorithm>
 
-#include "CdAudioCommand.h"
 #include "CdAudioDoor.h"
+#include "CdPlayerButtons.h"
 #include "MsgBox.h"
 #include "TrackListView.h"
 #include "TrayState.h"
 #include "frmMain.h"
-#include "modMSF.h"
 
 namespace plattmix::window {
 
 namespace {
 
-constexpr int kPlayerOpen = 65535;
 constexpr int kResultColumn = 5;
 constexpr int kAudioRow = 1;
 
@@ -41,26 +39,16 @@ int64_t frmMain::SendCommand(const std::string& command, std::string* errorText)
     return audiocd::SendCommand(*cdAudio_, command, errorText);
 }
 
-void frmMain::OpenPlayer() {
-    playerDrive_ = audiocd::DriveFromEntry(cboDrv->currentText().toStdString());
-    SendCommand("Open " + audiocd::MciQuote(playerDrive_ + ":") + " Alias " + Alias() +
-                " wait shareable Type CDAudio");
-    SendCommand("set " + Alias() + " time format milliseconds");
-    playerOpen_ = kPlayerOpen;
-}
-
 void frmMain::StopPlayer() {
-    if (cdAudio_)
-        SendCommand("stop " + Alias());
+    if (player_)
+        player_->Stop();
 }
 
 // The player follows the drive chosen now: its device is closed and opened anew.
 void frmMain::ReopenPlayer() {
-    if (!cdAudio_ || cboDrv->currentIndex() < 0)
+    if (!player_ || cboDrv->currentIndex() < 0)
         return;
-    SendCommand("stop " + Alias());
-    SendCommand("close " + Alias());
-    OpenPlayer();
+    player_->Reopen(cboDrv->currentText().toStdString());
 }
 
 // The row to play: the current one when it is an audio track, else the first checked audio
@@ -85,24 +73,14 @@ QTreeWidgetItem* frmMain::RowToPlay() const {
 }
 
 void frmMain::Command5_Click() {
-    if (isBusy || !cdAudio_)
+    if (isBusy || !player_)
         return;
-    playerDrive_ = audiocd::DriveFromEntry(cboDrv->currentText().toStdString());
-    SendCommand("stop " + Alias());
-    std::string error;
-    SendCommand("status " + Alias() + " length", &error);
-    if (!error.empty())
-        ReopenPlayer();
-    if (playerOpen_ != kPlayerOpen)
-        OpenPlayer();
+    player_->PrepareToPlay(cboDrv->currentText().toStdString());
     QTreeWidgetItem* row = RowToPlay();
     if (row == nullptr)
         return;
     Timer6->start();
-    const int32_t start = row->data(0, kStartLbaRole).toInt();
-    const auto reply = cdAudio_->SendString(
-        "play " + Alias() + " from " +
-        std::to_string(audiocd::FramesToMilliseconds(start + modMSF::kPregapFrames)));
+    const auto reply = player_->PlayFrom(row->data(0, kStartLbaRole).toInt());
     if (!reply.ok()) {
         Timer6->stop();
         MsgBox(this, QString::fromStdString(reply.errorText), MsgBoxStyle::Exclamation);
@@ -112,9 +90,9 @@ void frmMain::Command5_Click() {
 }
 
 void frmMain::Command6_Click() {
-    if (!cdAudio_)
+    if (!player_)
         return;
-    SendCommand("stop " + Alias());
+    player_->Stop();
     playing_ = false;
     Timer6->stop();
     ShowPlayerStatus(QString(), -1);
@@ -179,20 +157,24 @@ void frmMain::Command4_Click() {
     if (!isBusy)
         Command6->click();
     const std::string drive = cboDrv->currentText().toStdString();
-    const int16_t state = TrayState();
-    if (state == scsi::kTrayClosed) {
-        if (audiocd::OpenCloseCD(*cdAudio_, drive, true))
+    switch (audiocd::PressEjectButton(TrayState(), *cdAudio_, drive)) {
+        case audiocd::DoorMove::Opened:
             Command4->setText(Tr(QStringLiteral("Schließen")));
-        else
+            break;
+        case audiocd::DoorMove::Closed:
+            Command4->setText(Tr(QStringLiteral("Disk Auswerfen")));
+            break;
+        case audiocd::DoorMove::OpenFailed:
             MsgBox(this, QStringLiteral("Konnte Laufwerk nicht öffnen! Bitte manuell versuchen!"),
                    MsgBoxStyle::Critical);
-    } else if (state == scsi::kTrayOpen) {
-        if (audiocd::OpenCloseCD(*cdAudio_, drive, false))
-            Command4->setText(Tr(QStringLiteral("Disk Auswerfen")));
-        else
+            break;
+        case audiocd::DoorMove::CloseFailed:
             MsgBox(this,
                    QStringLiteral("Konnte Laufwerk nicht schließen! Bitte manuell versuchen!"),
                    MsgBoxStyle::Critical);
+            break;
+        case audiocd::DoorMove::None:
+            break;
     }
     Timer2->start();
 }

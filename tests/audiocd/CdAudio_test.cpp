@@ -15,6 +15,7 @@
 #include "CdAudioErrors.h"
 #include "CdAudioSharedTransport.h"
 #include "CdAudioTestSink.h"
+#include "CdPlayerButtons.h"
 #include "DiscWriter.h"
 #include "Fixtures.h"
 #include "TrackList.h"
@@ -322,6 +323,66 @@ TEST(OpenCloseCD, MovesTheImageDrivesDoorAndShowsWhyNot) {
     EXPECT_FALSE(audiocd::OpenCloseCD(*rig->cd, "/dev/plattmix-sr9", true));
     EXPECT_EQ(boxes, std::vector<std::string>{"Dieses Laufwerk gibt es nicht. /dev/plattmix-sr9:"});
     EXPECT_FALSE(rig->drive->IsTrayOpen(rig->handle));
+}
+
+// The image drive as the fall-back transport shows a drive: the handle is three address bytes,
+// the name "sg1", the drive-list entry "/dev/sg1:  ...".
+class FallbackLike final : public scsi::ISCSI {
+  public:
+    FallbackLike(scsi::ISCSI& inner, std::string handle)
+        : inner_(inner), handle_(std::move(handle)) {}
+    static inline const std::string kAddress{'\1', '\0', '\0'};
+
+    std::string Interface() const override { return "ASPI"; }
+    uint8_t LastASCQ() const override { return inner_.LastASCQ(); }
+    uint8_t LastASC() const override { return inner_.LastASC(); }
+    uint8_t LastSK() const override { return inner_.LastSK(); }
+    bool Initialized() override { return true; }
+    bool Installed() override { return true; }
+    int16_t DriveCount() const override { return 1; }
+    std::string DriveChar(const std::string& h) override { return h == kAddress ? "sg1" : ""; }
+    std::string DriveHandle(int16_t& i) override { return i == 1 ? kAddress : ""; }
+    uint8_t HostAdapter(const std::string&) override { return 1; }
+    uint8_t TargetId(const std::string&) override { return 0; }
+    uint8_t LUN(const std::string&) override { return 0; }
+    int32_t ExecCMD(std::string& h, std::span<const uint8_t> cdb, uint8_t& cdblen,
+                    int32_t& direction, uint8_t* buffer, int32_t length, int16_t& t) override {
+        std::string inner = h == kAddress ? handle_ : std::string();
+        return inner_.ExecCMD(inner, cdb, cdblen, direction, buffer, length, t);
+    }
+
+  private:
+    scsi::ISCSI& inner_;
+    std::string handle_;
+};
+
+// The eject button and the player as the window drives them, on a fall-back drive named by its
+// drive-list entry.
+TEST(CdAudioFallback, TheEjectButtonAndThePlayerFindTheDriveByItsEntry) {
+    auto rig = Load(discgen::AudioThreeTracks());
+    ASSERT_TRUE(rig);
+    FallbackLike fallback(*rig->drive, rig->handle);
+    CdAudio cd(fallback, test::TestSinks(rig->sink));
+    const std::string entry = "/dev/sg1:  QEMU    QEMU DVD-ROM    2.5+";
+    using audiocd::DoorMove;
+    EXPECT_EQ(audiocd::PressEjectButton(0, cd, entry), DoorMove::Opened);
+    EXPECT_TRUE(rig->drive->IsTrayOpen(rig->handle));
+    EXPECT_EQ(audiocd::PressEjectButton(-1, cd, entry), DoorMove::None);
+    EXPECT_EQ(audiocd::PressEjectButton(1, cd, entry), DoorMove::Closed);
+    EXPECT_FALSE(rig->drive->IsTrayOpen(rig->handle));
+    EXPECT_EQ(audiocd::PressEjectButton(0, cd, "/dev/sg7"), DoorMove::OpenFailed);
+
+    audiocd::CdPlayerButtons player(cd, "plattmixCD");
+    player.PrepareToPlay(entry);
+    EXPECT_TRUE(player.IsOpen());
+    rig->sink->Hold(1);
+    ASSERT_TRUE(player.PlayFrom(kTrack3).ok());
+    ASSERT_TRUE(rig->sink->WaitForCalls(2));  // four sectors taken, the next four waiting
+    player.Stop();
+    rig->sink->Release();
+    EXPECT_TRUE(rig->sink->Bytes() == rig->FromFile(kTrack3, kTrack3 + 4));
+    EXPECT_EQ(audiocd::MciValue(cd.SendString("status plattmixCD position").result),
+              FramesToMilliseconds(kTrack3 + 4 + 150));
 }
 
 TEST(CdAudioPlay, AnEnhancedDiscsAudioEndsBeforeTheSessionGap) {

@@ -69,7 +69,7 @@ unsigned HighestHost() {
 class FallbackChecks {
   public:
     FallbackChecks(Report& report, const std::string& data)
-        : report_(report), image_(Load(data + "/disc-a.iso")) {}
+        : report_(report), image_(LoadImage(data + "/disc-a.iso")) {}
 
     void Run() {
         Drives();
@@ -82,10 +82,6 @@ class FallbackChecks {
     }
 
   private:
-    static std::vector<uint8_t> Load(const std::string& path) {
-        std::ifstream in(path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), {}};
-    }
     uint32_t Sectors() const { return static_cast<uint32_t>(image_.size() / kSector); }
 
     std::string Result(int32_t status) const {
@@ -212,12 +208,10 @@ class FallbackChecks {
         std::vector<uint8_t> raw(kRawSector);
         std::string handle = sg0_;
         const int32_t status = modMMC::ReadCD(aspi_, handle, kLba, 1, raw, kReadCdRaw);
-        const auto msf = modMSF::LBAToMSF(kLba);
-        why = "sector 16 matches";
-        ok = status == 0 && raw[0] == 0 && raw[1] == 0xFF && raw[11] == 0 &&
-             raw[12] == msf.minute && raw[13] == msf.second && raw[14] == msf.frame &&
-             raw[15] == 1 && SameAsImage(kLba, std::span(raw).subspan(16, kSector), why);
-        report_.Check("aspi.readcd.raw", ok, "flags F8: " + Result(status) + ", " + why);
+        ok = status == 0 && RawSectorMatches(raw, kLba, image_);
+        report_.Check(
+            "aspi.readcd.raw", ok,
+            "flags F8: " + Result(status) + ", sector 16 " + (ok ? "matches" : "differs"));
     }
 
     void ReadTen() {
@@ -273,6 +267,24 @@ class FallbackChecks {
 
 }  // namespace
 
+std::vector<uint8_t> LoadImage(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+bool RawSectorMatches(std::span<const uint8_t> raw, uint32_t lba, std::span<const uint8_t> image) {
+    const auto msf = modMSF::LBAToMSF(static_cast<int32_t>(lba));
+    const size_t offset = size_t{lba} * kSector;
+    if (raw.size() < kRawSector || offset + kSector > image.size())
+        return false;
+    const auto sync = raw.first(12);
+    return sync[0] == 0 && sync[11] == 0 &&
+           std::all_of(sync.begin() + 1, sync.end() - 1, [](uint8_t b) { return b == 0xFF; }) &&
+           raw[12] == msf.minute && raw[13] == msf.second && raw[14] == msf.frame && raw[15] == 1 &&
+           std::equal(raw.begin() + 16, raw.begin() + 16 + kSector,
+                      image.begin() + static_cast<long>(offset));
+}
+
 int StartLikeTheWindow(std::ostream& out) {
     auto transport =
         scsi::SelectTransport(window::CreatePassThroughTransport, window::CreateFallbackTransport);
@@ -321,6 +333,19 @@ void CheckFallbackTransport(Report& report, const std::string& data, const std::
                  toc.Text());
     const CommandOutput named = RunInGuest(cli + " toc --drive /dev/sg0");
     report.Check("aspi.cli.toc.sg0", named.code == 0 && named.lines == toc.lines, named.Text());
+    // The door through the cdaudio device, which knows the drive by its listed name.
+    const std::string tray = cli + " tray --drive /dev/sg0";
+    const CommandOutput before = RunInGuest(tray);
+    const CommandOutput open = RunInGuest(tray + " open");
+    const CommandOutput opened = RunInGuest(tray);
+    const CommandOutput close = RunInGuest(tray + " close");
+    const CommandOutput closed = RunInGuest(tray);
+    report.Check("aspi.cli.tray",
+                 before.lines == std::vector<std::string>{"0"} && open.code == 0 &&
+                     opened.lines == std::vector<std::string>{"1"} && close.code == 0 &&
+                     closed.lines == std::vector<std::string>{"0"},
+                 before.Text() + " open " + open.Text() + " " + opened.Text() + " close " +
+                     close.Text() + " " + closed.Text());
     const CommandOutput empty = RunInGuest(cli + " toc --drive sg1");
     report.Check(
         "aspi.cli.toc.empty",

@@ -4,8 +4,11 @@
 // the TOC and READ CD against the image, and plattmix-cli with the same choice of transport.
 #pragma once
 
+#include <cstdint>
 #include <iosfwd>
+#include <span>
 #include <string>
+#include <vector>
 
 #include "ProbeChannel.h"
 
@@ -19,5 +22,11 @@ int StartLikeTheWindow(std::ostream& out);
 void CheckFallbackTransport(Report& report, const std::string& data, const std::string& self,
                             const std::string& cli);
 void CheckNoTransport(Report& report, const std::string& self, const std::string& cli);
+
+// The bytes of an image file in the guest.
+std::vector<uint8_t> LoadImage(const std::string& path);
+// A sector as READ CD gives it with every field (2352 bytes): the sync pattern, the header with
+// the sector's MSF address and mode 1, then the sector's 2048 bytes as the image holds them.
+bool RawSectorMatches(std::span<const uint8_t> raw, uint32_t lba, std::span<const uint8_t> image);
 
 }  // namespace plattmix::testbed

@@ -12,21 +12,6 @@ namespace plattmix::testbed {
 
 namespace {
 
-// The state with the pauses the retries took, for the detail of a check.
-struct State {
-    int16_t value = scsi::kTrayUnknown;
-    int pauses = 0;
-    std::string Text() const {
-        return "state " + std::to_string(value) + " after " + std::to_string(pauses) + " pauses";
-    }
-};
-
-State Ask(const std::string& drive) {
-    State state;
-    state.value = scsi::GetTrayState(drive, [&state](int) { ++state.pauses; });
-    return state;
-}
-
 class Checks {
   public:
     Checks(Report& report, Channel& channel, std::string cli)
@@ -35,7 +20,7 @@ class Checks {
     }
 
     void Run() {
-        const State loaded = Ask("/dev/sr0");
+        const TrayAnswer loaded = AskTray("/dev/sr0");
         report_.Check("tray.closed-disc", loaded.value == 0, "/dev/sr0 " + loaded.Text());
         Door();
         Monitor();
@@ -52,14 +37,14 @@ class Checks {
     void Door() {
         const bool opened = audiocd::OpenCloseCD(cdAudio_, "/dev/sr0", true);
         const std::string host = Qemu("tray 0");
-        const State open = Ask("/dev/sr0");
+        const TrayAnswer open = AskTray("/dev/sr0");
         report_.Check(
             "tray.door-open", opened && host.starts_with("ok open medium") && open.value == 1,
             "OpenCloseCD " + std::to_string(opened) + ", QEMU " + host + ", " + open.Text());
 
         const bool closed = audiocd::OpenCloseCD(cdAudio_, "/dev/sr0:  QEMU", false);
         const std::string after = Qemu("tray 0");
-        const State shut = Ask("/dev/sr0");
+        const TrayAnswer shut = AskTray("/dev/sr0");
         report_.Check(
             "tray.door-close",
             closed && after.starts_with("ok closed medium") && shut.value == 0 && boxes_.empty(),
@@ -73,11 +58,11 @@ class Checks {
 
     void Monitor() {
         const std::string opened = Qemu("open-tray 0");
-        const State open = Ask("/dev/sr0");
+        const TrayAnswer open = AskTray("/dev/sr0");
         report_.Check("tray.monitor-open", opened.starts_with("ok open medium") && open.value == 1,
                       "QEMU " + opened + ", " + open.Text());
         const std::string closed = Qemu("close-tray 0");
-        const State shut = Ask("/dev/sr0");
+        const TrayAnswer shut = AskTray("/dev/sr0");
         report_.Check("tray.monitor-close",
                       closed.starts_with("ok closed medium") && shut.value == 0,
                       "QEMU " + closed + ", " + shut.Text());
@@ -85,20 +70,20 @@ class Checks {
 
     void EmptyDrive() {
         const std::string ejected = Qemu("eject 1");
-        const State open = Ask("/dev/sr1");
+        const TrayAnswer open = AskTray("/dev/sr1");
         report_.Check("tray.empty-open",
                       ejected.starts_with("ok open no-medium") && open.value == 1,
                       "QEMU " + ejected + ", " + open.Text());
         const std::string closed = Qemu("close-tray 1");
-        const State shut = Ask("sr1");
+        const TrayAnswer shut = AskTray("sr1");
         report_.Check("tray.empty-closed",
                       closed.starts_with("ok closed no-medium") && shut.value == 0,
                       "QEMU " + closed + ", " + shut.Text());
     }
 
     void NotDrives() {
-        const State missing = Ask("/dev/sr9");
-        const State null = Ask("/dev/null");
+        const TrayAnswer missing = AskTray("/dev/sr9");
+        const TrayAnswer null = AskTray("/dev/null");
         report_.Check("tray.not-a-drive", missing.value == -1 && null.value == -1,
                       "/dev/sr9 " + missing.Text() + ", /dev/null " + null.Text());
     }

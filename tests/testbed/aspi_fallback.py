@@ -1,15 +1,18 @@
 #!/usr/bin/env python3
 """The fall-back transport in a real kernel: the drive test bed booted without the sr driver
-(sg-only: the drives are /dev/sg0 and /dev/sg1) and without either driver (no-driver).
+(sg-only: the drives are /dev/sg0 and /dev/sg1), without either driver (no-driver), and with
+both (mount, an ISO 9660 image made by plattmix-cli in drive 0).
 
 The guest program, plattmix-cli's drive commands and the layer library are linked dynamically
 (the transport loads its layer at run time); they go into the guest with their shared libraries
 and the dynamic loader, flat in /testbed, and the guest script (aspi_guest.sh) runs the program
 in place of the probe. With sg-only the program's start must choose the fall-back transport,
 list both drives with their INQUIRY identification and read the TOC and sectors that match the
-image; with no-driver it must show the two-line message and end (AspiChecks.h).
+image (AspiChecks.h), and the window's tray, door and player must work on the drives
+(AspiWindowChecks.h); with no-driver it must show the two-line message and end; with both
+drivers the fall-back's drive must lead to /dev/sr0 and its mount point.
 
-Exit status 0 only when both boots passed and every expected check passed.
+Exit status 0 only when every boot passed and every expected check passed.
 """
 
 import argparse
@@ -30,8 +33,11 @@ EXPECTED = {
                 "aspi.inquiry.sg1", "aspi.tur.empty", "aspi.tur.loaded", "aspi.toc.lba",
                 "aspi.toc.msf", "aspi.readcd.user-data", "aspi.readcd.raw", "aspi.read10",
                 "aspi.read10.out-of-range", "aspi.timeout", "aspi.cli.drives", "aspi.cli.toc",
-                "aspi.cli.toc.sg0", "aspi.cli.toc.empty"],
+                "aspi.cli.toc.sg0", "aspi.cli.tray", "aspi.cli.toc.empty", "aspi.tray",
+                "aspi.door.open", "aspi.door.close", "aspi.player.data-disc",
+                "aspi.player.read-cd"],
     "no-driver": ["aspi.none", "aspi.start.none", "aspi.cli.none"],
+    "mount": ["aspi.sr.node", "aspi.sr.root"],
 }
 
 
@@ -51,10 +57,25 @@ def guest_files(work: Path, program: Path, cli: Path, layer: Path) -> list:
     return files
 
 
-def boot(variant: str, script: Path, files: list, work: Path) -> set:
+def iso_image(cli: Path, work: Path) -> Path:
+    """A small ISO 9660 image with one file, LIESMICH.txt, made by plattmix-cli."""
+    source = work / "disc-source"
+    source.mkdir()
+    (source / "LIESMICH.txt").write_text("Plattmix im Prüfstand\n", encoding="utf-8")
+    image = work / "disc.iso"
+    made = subprocess.run([str(cli), "iso", str(source), str(image)], stdout=subprocess.PIPE,
+                          stderr=subprocess.STDOUT, text=True, errors="replace")
+    if made.returncode != 0 or not image.is_file():
+        raise Failure(f"plattmix-cli iso failed ({made.returncode}): {made.stdout.strip()}")
+    return image
+
+
+def boot(variant: str, script: Path, files: list, work: Path, image=None) -> set:
     """Runs one boot; the names of the checks that passed."""
     command = [sys.executable, str(TESTBED), "--probe", str(script), "--variant", variant,
                "--expect-checks", "--work", str(work / variant)]
+    if image:
+        command += ["--image", str(image)]
     for path in files:
         command += ["--file", str(path)]
     print("+ " + " ".join(command[:9]) + f" ... ({len(files)} files)", flush=True)
@@ -73,6 +94,8 @@ def main() -> int:
     parser.add_argument("--program", type=Path, required=True, help="the guest program")
     parser.add_argument("--cli", type=Path, required=True, help="the drive commands' program")
     parser.add_argument("--layer", type=Path, required=True, help="libplattmix_aspi.so")
+    parser.add_argument("--iso-cli", type=Path, required=True,
+                        help="plattmix-cli, which makes the image for the boot with both drivers")
     parser.add_argument("--script", type=Path, required=True, help="the guest script")
     parser.add_argument("--work", type=Path, required=True, help="folder for the boots")
     args = parser.parse_args()
@@ -81,8 +104,10 @@ def main() -> int:
     args.work.mkdir(parents=True)
     try:
         files = guest_files(args.work, args.program, args.cli, args.layer)
+        image = iso_image(args.iso_cli, args.work)
         for variant, expected in EXPECTED.items():
-            passed = boot(variant, args.script, files, args.work)
+            passed = boot(variant, args.script, files, args.work,
+                          image if variant == "mount" else None)
             missing = [name for name in expected if name not in passed]
             if missing:
                 raise Failure(f"{variant}: no passing check for: " + ", ".join(missing))

@@ -1,12 +1,13 @@
 // The test bed's guest program for the fall-back transport: the guest script (aspi_guest.sh)
-// runs it in place of the drive probe in the sg-only and no-driver variants. Linked dynamically:
-// the transport loads its layer library at run time, which a static program cannot do.
+// runs it in place of the drive probe in the sg-only, no-driver and mount variants. Linked
+// dynamically: the transport loads its layer library at run time, which a static program cannot do.
 // With --select it only starts as the window does and prints what it chose.
 #include <iostream>
 #include <string>
 #include <string_view>
 
 #include "AspiChecks.h"
+#include "AspiWindowChecks.h"
 #include "ProbeChannel.h"
 
 int main(int argc, char** argv) {
@@ -26,9 +27,12 @@ int main(int argc, char** argv) {
     Channel channel(control);
     Report report(channel);
     const std::string self = data + "/testbed_aspi", cli = data + "/testbed_cli_shared";
-    if (variant == "sg-only")
+    if (variant == "sg-only") {
         CheckFallbackTransport(report, data, self, cli);
-    else if (variant == "no-driver")
+        CheckWindowPathsWithoutSr(report, channel, data);
+    } else if (variant == "mount") {
+        CheckDriveRootBesideSr(report);
+    } else if (variant == "no-driver")
         CheckNoTransport(report, self, cli);
     else
         report.Check("aspi.variant", false, "no checks for variant '" + variant + "'");
