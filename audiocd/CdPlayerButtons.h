@@ -11,6 +11,9 @@
 
 namespace plattmix::audiocd {
 
+// The window's player device alias.
+inline constexpr const char* kPlayerAlias = "plattmixCD";
+
 class CdPlayerButtons {
   public:
     static constexpr int kOpenMarker = 65535;  // the marker once the device is open

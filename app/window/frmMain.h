@@ -60,8 +60,8 @@ WindowOptions DefaultWindowOptions();
 
 enum Page { kPageRip = 0, kPageIso = 1, kPageBurn = 2 };
 
-// The CD player's device alias; a track row keeps its first block under this role.
-inline constexpr const char* kPlayerAlias = "plattmixCD";
+// A track row keeps its first block under this role.
+using audiocd::kPlayerAlias;
 inline constexpr int kStartLbaRole = Qt::UserRole + 1;
 
 class frmMain final : public QMainWindow {

@@ -4,6 +4,7 @@
 #include <QLabel>
 #include <algorithm>
 
+#include "BlockNode.h"
 #include "DiscProfile.h"
 #include "DiscUsage.h"
 #include "TrackListView.h"
@@ -22,10 +23,18 @@ QString Q(const std::string& text) {
 
 }  // namespace
 
-// The drive node of a real drive; drives made from disc images cannot be written.
+// The drive node libburn takes for the chosen drive; drives made from disc images cannot be
+// written.
 std::string frmMain::BurnDriveAddress() const {
+    // libburn takes the drive's block node; a fall-back drive without one by its generic node.
     const std::string handle = SelectedDriveHandle();
-    return handle.rfind("/dev/", 0) == 0 ? handle : std::string();
+    if (!transport_ || handle.empty())
+        return {};
+    const std::string node = scsi::BlockNodeOf(*transport_, handle);
+    if (!node.empty())
+        return node;
+    return transport_->Interface() == "ASPI" ? "/dev/" + transport_->DriveChar(handle)
+                                             : std::string();
 }
 
 int frmMain::BarWidth() const {

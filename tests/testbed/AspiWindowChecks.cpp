@@ -28,7 +28,7 @@ namespace plattmix::testbed {
 
 namespace {
 
-constexpr const char* kAlias = "plattmixCD";  // the window's player alias
+constexpr const char* kAlias = audiocd::kPlayerAlias;
 constexpr size_t kRawSector = 2352;
 constexpr auto kReadSectors = static_cast<uint32_t>(audiocd::kPlayReadSectors);
 constexpr uint8_t kDataTrackFlag = 0x04;
