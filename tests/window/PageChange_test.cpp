@@ -1,7 +1,9 @@
 // Jobs and the pages around them: the user leaves the ripping page during a rip and comes back,
-// or closes the window and presses Start while the stopped job still unwinds. Everything the user
-// does reaches the window at the job's yields.
+// taps Escape during an image's folder listing, or closes the window and presses Start while the
+// stopped job still unwinds. Everything the user does reaches the window at the job's yields.
+#include <QApplication>
 #include <QComboBox>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QProgressBar>
 #include <QTimer>
@@ -96,7 +98,7 @@ TEST_F(PagePerson, ARipKeepsWritingItsOwnRowsWhileAnotherPageIsShown) {
     EXPECT_TRUE(boxes.boxes.empty());
 }
 
-TEST_F(PagePerson, ACloseEndsTheImageAsAnAbortAndAStartMeanwhileDoesNothing) {
+TEST_F(PagePerson, EscapeTappedDuringTheListingOrACloseEndTheImageAsAnAbort) {
     const fs::path source = root / "Quelle";
     fs::create_directories(source / "Unterordner");
     for (const fs::path& file : {source / "a.bin", source / "Unterordner" / "b.bin"})
@@ -105,6 +107,12 @@ TEST_F(PagePerson, ACloseEndsTheImageAsAnAbortAndAStartMeanwhileDoesNothing) {
     window->Text2->setText(QString::fromStdString(source.string()));
     const fs::path image = root / "Ziel" / "Track.iso";
 
+    const auto tapEscape = [&] {
+        for (const QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease}) {
+            QKeyEvent key(type, Qt::Key_Escape, Qt::NoModifier);
+            QApplication::sendEvent(&List(), &key);
+        }
+    };
     // The window refuses the close and sets the job to stop; the Start that follows must not
     // begin a second job (nor clear the stop).
     const auto closeThenStart = [&] {
@@ -112,6 +120,11 @@ TEST_F(PagePerson, ACloseEndsTheImageAsAnAbortAndAStartMeanwhileDoesNothing) {
         window->mnuSave->trigger();
         EXPECT_TRUE(window->Abbort);
     };
+    OnRowChange([&] { return Result(kPageIso, 0) == kWriting; }, tapEscape);
+    window->mnuSave->trigger();
+    EXPECT_EQ(Result(kPageIso, 0), QStringLiteral("Abbruch"));
+    EXPECT_FALSE(fs::exists(image));
+
     OnProgress([&] { return window->ProgressBar1->value() > 0; }, closeThenStart);
     window->mnuSave->trigger();
     EXPECT_EQ(Result(kPageIso, 0), QStringLiteral("Abbruch"));
@@ -120,7 +133,7 @@ TEST_F(PagePerson, ACloseEndsTheImageAsAnAbortAndAStartMeanwhileDoesNothing) {
     EXPECT_FALSE(window->isBusy);
     EXPECT_TRUE(boxes.boxes.empty());
 
-    // Without a close the same folder becomes an image.
+    // Without a key or a close the same folder becomes an image.
     window->mnuSave->trigger();
     EXPECT_EQ(Result(kPageIso, 0), QStringLiteral("Fertig"));
     EXPECT_TRUE(fs::exists(image));
