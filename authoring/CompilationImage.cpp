@@ -41,7 +41,7 @@ bool ListRow(CompilationRow& row, const struct stat& info, const ScanHooks& hook
     std::string own = row.path;
     folders.emplace_back(std::move(own));
     std::rotate(folders.begin(), folders.end() - 1, folders.end());
-    return !EscapePressed(hooks);
+    return !row.listing.ListAborted;
 }
 
 }  // namespace

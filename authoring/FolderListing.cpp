@@ -27,15 +27,21 @@ void AddFile(const std::string& path, int64_t size, FolderListing& listing) {
     listing.ListFiles.push_back(path);
 }
 
-// Every entry of folder in reading order: Escape stops the walk, the window gets a yield before
-// each entry. A failure (out of memory, a hook that threw) keeps what was listed so far.
+// Every entry of folder in reading order: Escape stops the walk (and every level above it), the
+// window gets a yield before each entry. A failure (out of memory, a hook that threw) keeps what
+// was listed so far.
 template <typename VisitFn>
-void WalkFolder(const std::string& folder, const ScanHooks& hooks, VisitFn visit) {
+void WalkFolder(const std::string& folder, FolderListing& listing, const ScanHooks& hooks,
+                VisitFn visit) {
     try {
         FolderReader reader(folder);
         while (const dirent* entry = reader.Next()) {
-            if (EscapePressed(hooks))
+            if (listing.ListAborted)
                 return;
+            if (EscapePressed(hooks)) {
+                listing.ListAborted = true;
+                return;
+            }
             YieldToWindow(hooks);
             visit(reader, *entry);
         }
@@ -48,7 +54,7 @@ void WalkFolder(const std::string& folder, const ScanHooks& hooks, VisitFn visit
 void ListOrdnerDateien(std::string folder, const std::string& pattern, FolderListing& listing,
                        const ScanHooks& hooks) {
     AddSlash(folder);
-    WalkFolder(folder, hooks, [&](FolderReader& reader, const dirent& entry) {
+    WalkFolder(folder, listing, hooks, [&](FolderReader& reader, const dirent& entry) {
         const char* name = entry.d_name;
         if (name[0] == '\0' || !Matches(name, pattern))
             return;
@@ -64,7 +70,7 @@ void ListOrdnerDateien(std::string folder, const std::string& pattern, FolderLis
 void ListUnterordner(std::string folder, const std::string& pattern, FolderListing& listing,
                      const ScanHooks& hooks) {
     AddSlash(folder);
-    WalkFolder(folder, hooks, [&](FolderReader& reader, const dirent& entry) {
+    WalkFolder(folder, listing, hooks, [&](FolderReader& reader, const dirent& entry) {
         const char* name = entry.d_name;
         if (IsDotEntry(name) || reader.Kind(entry) != EntryKind::Folder || !Matches(name, pattern))
             return;

@@ -24,17 +24,19 @@ struct FolderListing {
     // too); never followed, not in ListFiles and not counted in ListTotal.
     std::vector<std::string> ListLinks;
     bool ListHasLargeFile = false;
+    // Escape stopped the walk: the tables hold only part of the tree and make no image.
+    bool ListAborted = false;
 };
 
 // Adds the files of folder (not of its sub-folders) whose names match pattern to ListFiles and
-// their sizes to ListTotal, and its symbolic links whose names match to ListLinks. Stops when
-// Escape is pressed.
+// their sizes to ListTotal, and its symbolic links whose names match to ListLinks. Escape stops
+// it and sets ListAborted; a listing once aborted adds nothing more.
 void ListOrdnerDateien(std::string folder, const std::string& pattern, FolderListing& listing,
                        const ScanHooks& hooks);
 
 // Adds each sub-folder of folder whose name matches pattern to ListFolders, then lists its files
-// and its own sub-folders. Symbolic links to folders are not followed. Stops when Escape is
-// pressed; the levels above go on.
+// and its own sub-folders. Symbolic links to folders are not followed. Escape stops the whole
+// walk, as in ListOrdnerDateien.
 void ListUnterordner(std::string folder, const std::string& pattern, FolderListing& listing,
                      const ScanHooks& hooks);
 

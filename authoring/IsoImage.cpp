@@ -78,6 +78,8 @@ const char* IsoStatusText(IsoOutcome outcome) {
 
 IsoImageResult CreateIsoImage(const IsoImageParams& params, const FolderListing& listing,
                               const IsoJobHooks& hooks) {
+    if (listing.ListAborted)
+        return {IsoOutcome::Aborted, "", 0};
     if (listing.ListFiles.empty())
         return {IsoOutcome::NoFiles, "", 0};
     if (hooks.progress)

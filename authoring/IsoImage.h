@@ -60,7 +60,8 @@ struct IsoImageResult {
 
 // Builds the image of listing (made by ShowOrdnerInhalt of params.sourceFolder) into
 // params.outputPath. The file tree below the source keeps its relative layout; symbolic links
-// are stored as links. Nothing is written unless the tree was added completely.
+// are stored as links. Nothing is written unless the tree was added completely, nor for a
+// listing that Escape stopped (Aborted).
 // Hooks: progress(0) first; while the tree is added, cancel is asked before each entry and the
 // window gets a yield after each one (folders, then files, then links, in the listing's order);
 // while the image is copied, cancel is asked before each chunk, progress and a yield follow it.

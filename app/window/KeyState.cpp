@@ -4,12 +4,14 @@
 #include <QEvent>
 #include <QKeyEvent>
 #include <atomic>
+#include <memory>
 
 namespace plattmix::window {
 
 namespace {
 std::atomic<bool> escapeDown{false};
-}
+std::atomic<unsigned> escapePresses{0};
+}  // namespace
 
 EscapeKeyFilter::EscapeKeyFilter(QObject* parent) : QObject(parent) {}
 
@@ -21,12 +23,18 @@ bool EscapeKeyFilter::EscapeDown() {
     return escapeDown;
 }
 
+unsigned EscapeKeyFilter::EscapePresses() {
+    return escapePresses;
+}
+
 bool EscapeKeyFilter::eventFilter(QObject* watched, QEvent* event) {
     switch (event->type()) {
         case QEvent::KeyPress:
         case QEvent::ShortcutOverride:
-            if (static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape)
+            if (static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) {
                 escapeDown = true;
+                ++escapePresses;
+            }
             break;
         case QEvent::KeyRelease:
             if (static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape &&
@@ -44,7 +52,13 @@ bool EscapeKeyFilter::eventFilter(QObject* watched, QEvent* event) {
 }
 
 std::function<bool()> EscapeHook() {
-    return [] { return EscapeKeyFilter::EscapeDown(); };
+    auto seen = std::make_shared<unsigned>(EscapeKeyFilter::EscapePresses());
+    return [seen] {
+        const unsigned presses = EscapeKeyFilter::EscapePresses();
+        const bool pressed = presses != *seen;
+        *seen = presses;
+        return EscapeKeyFilter::EscapeDown() || pressed;
+    };
 }
 
 std::function<void()> YieldHook() {

@@ -4,6 +4,14 @@
 
 namespace plattmix::window {
 
+namespace {
+
+bool KnownPage(int page) {
+    return page >= 0 && page < TrackListView::kPages;
+}
+
+}  // namespace
+
 TrackListView::TrackListView(QWidget* parent) : QTreeWidget(parent) {
     setRootIsDecorated(false);
     setUniformRowHeights(true);
@@ -12,9 +20,49 @@ TrackListView::TrackListView(QWidget* parent) : QTreeWidget(parent) {
     setAllColumnsShowFocus(true);
 }
 
+TrackListView::~TrackListView() {
+    for (auto& rows : aside_)
+        qDeleteAll(rows);
+}
+
 void TrackListView::SetEmptyListText(const QString& text) {
     emptyText_ = text;
     viewport()->update();
+}
+
+void TrackListView::ShowPageRows(int page) {
+    if (!KnownPage(page) || page == shownPage_)
+        return;
+    QList<QTreeWidgetItem*>& leaving = aside_[static_cast<size_t>(shownPage_)];
+    while (topLevelItemCount() > 0)
+        leaving.push_back(takeTopLevelItem(0));
+    QList<QTreeWidgetItem*>& entering = aside_[static_cast<size_t>(page)];
+    addTopLevelItems(entering);
+    entering.clear();
+    shownPage_ = page;
+}
+
+int TrackListView::PageRowCount(int page) const {
+    if (page == shownPage_)
+        return topLevelItemCount();
+    return KnownPage(page) ? static_cast<int>(aside_[static_cast<size_t>(page)].size()) : 0;
+}
+
+QTreeWidgetItem* TrackListView::PageRow(int page, int row) const {
+    if (page == shownPage_)
+        return topLevelItem(row);
+    if (row < 0 || row >= PageRowCount(page))
+        return nullptr;
+    return aside_[static_cast<size_t>(page)][row];
+}
+
+void TrackListView::AddPageRow(int page, QTreeWidgetItem* row) {
+    if (page == shownPage_)
+        addTopLevelItem(row);
+    else if (KnownPage(page))
+        aside_[static_cast<size_t>(page)].push_back(row);
+    else
+        delete row;
 }
 
 void TrackListView::paintEvent(QPaintEvent* event) {

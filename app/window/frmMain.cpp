@@ -216,8 +216,8 @@ void frmMain::cboDrv_Click() {
     driveRoot_ = options_.driveRoot ? options_.driveRoot(handle)
                                     : DriveRootOf(scsi::BlockNodeOf(*transport_, handle));
     // The list view shows the track list on the ripping page only; the other pages keep their
-    // own rows in it.
-    if (currentPage_ == kPageRip) {
+    // own rows in it. A job on the ripping page keeps its rows until it ends.
+    if (currentPage_ == kPageRip && jobPage_ != kPageRip) {
         ShowTrackList(handle);
         ShowRipPage();
     } else if (currentPage_ == kPageBurn && !isLoading) {
@@ -282,13 +282,16 @@ void frmMain::Command3_Click() {
     QDesktopServices::openUrl(QUrl::fromLocalFile(Q(paths_.SettingsFile)));
 }
 
+// One job at a time: a Start while another job runs or a stopped one still unwinds does nothing.
 void frmMain::mnuSave_Click() {
-    if (isBusy || ripRunning_)
+    if (isBusy || jobPage_ != kNoJob)
         return;
+    jobPage_ = currentPage_;
     if (currentPage_ == kPageBurn)
         StartBurnJob();
     else
         StartRipOrIso();
+    jobPage_ = kNoJob;
 }
 
 bool frmMain::eventFilter(QObject* watched, QEvent* event) {

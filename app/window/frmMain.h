@@ -8,7 +8,6 @@
 #include <functional>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "BurnJob.h"
 #include "BurnService.h"
@@ -58,7 +57,7 @@ struct WindowOptions {
 };
 WindowOptions DefaultWindowOptions();
 
-enum Page { kPageRip = 0, kPageIso = 1, kPageBurn = 2 };
+enum Page { kNoJob = -1, kPageRip = 0, kPageIso = 1, kPageBurn = 2 };
 
 // A track row keeps its first block under this role.
 using audiocd::kPlayerAlias;
@@ -228,7 +227,6 @@ class frmMain final : public QMainWindow {
     void SetRowChecked(int row, bool checked);
     int MarkedRow() const;
     void AddSourceRow();
-    void SwapPageRows(int leaving, int entering);
 
     // The Start command (frmMainRip.cpp).
     void StartRipOrIso();
@@ -282,12 +280,13 @@ class frmMain final : public QMainWindow {
     int playerRow_ = -1;                                 // the row showing the player's status
     std::string driveRoot_;
     authoring::FolderListing listing_;  // the ISO source, as Command7 or Start listed it
-    std::vector<QTreeWidgetItem*> compilationRows_;  // kept while another page shows its rows
     std::unique_ptr<authoring::IBurnService> burnService_;
     int currentPage_ = kPageRip;
     bool unloaded_ = false;
     bool playing_ = false;
-    bool ripRunning_ = false;  // a Start command's rip is under way (a close clears isBusy)
+    // The page whose Start command's job is under way, kNoJob when none is (a close clears
+    // isBusy at once, while the stopped job still unwinds).
+    int jobPage_ = kNoJob;
 };
 
 }  // namespace plattmix::window

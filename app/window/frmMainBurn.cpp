@@ -148,7 +148,8 @@ void frmMain::StartBurnJob() {
             return authoring::BurnZusammenstellung(BurnService(), params, hooks);
         });
         if (!result.listStatus.empty()) {
-            if (QTreeWidgetItem* first = ExplorerListView1->topLevelItem(0))
+            // The burning page's row, also when the user went to another page meanwhile.
+            if (QTreeWidgetItem* first = ExplorerListView1->PageRow(kPageBurn, 0))
                 first->setText(kResultColumn, Tr(Q(result.listStatus)));
         }
     }

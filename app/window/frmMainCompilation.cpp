@@ -27,11 +27,13 @@ QString Q(const std::string& text) {
 
 void frmMain::AddCompilationRow(const std::string& path) {
     const auto entry = authoring::MeasureEntry(path, {EscapeHook(), YieldHook()});
-    auto* row = new QTreeWidgetItem(ExplorerListView1);
+    auto* row = new QTreeWidgetItem;
     row->setText(0, Q(entry.path));
     row->setText(kSizeColumn, Q(authoring::FormatGroesse(entry.bytes)));
     row->setText(kBytesColumn, QString::number(entry.bytes));
     row->setCheckState(0, Qt::Checked);
+    // The user may have gone to another page while a large folder was measured.
+    ExplorerListView1->AddPageRow(kPageBurn, row);
 }
 
 void frmMain::ShowCompilationButtons() {

@@ -68,24 +68,6 @@ void frmMain::AddSourceRow() {
     SetRowChecked(0, true);
 }
 
-// The rows of the page being left are put aside (the compilation) or dropped (the track list
-// and the source row are made anew), and the page being entered gets its own back.
-void frmMain::SwapPageRows(int leaving, int entering) {
-    if (leaving == entering)
-        return;
-    if (leaving == kPageBurn) {
-        compilationRows_.clear();
-        while (ExplorerListView1->topLevelItemCount() > 0)
-            compilationRows_.push_back(ExplorerListView1->takeTopLevelItem(0));
-    }
-    ExplorerListView1->clear();
-    if (entering == kPageBurn) {
-        for (QTreeWidgetItem* row : compilationRows_)
-            ExplorerListView1->addTopLevelItem(row);
-        compilationRows_.clear();
-    }
-}
-
 void frmMain::Command7_Click() {
     const QString folder = BrowseForFolder(
         this, QStringLiteral("Ordner auswählen, von dem ein ISO Image erstellt werden soll"),
@@ -102,19 +84,21 @@ void frmMain::Command7_Click() {
     Picture1->hide();
 }
 
+// The ISO page's row, also when the user went to another page while the folder was read.
 void frmMain::ShowListingTotal(const QString& total) {
-    if (QTreeWidgetItem* row = ExplorerListView1->topLevelItem(0))
+    if (QTreeWidgetItem* row = ExplorerListView1->PageRow(kPageIso, 0))
         row->setText(kSizeColumn, total);
 }
 
 // The source folder's size as the compilation measures folders.
 void frmMain::ShowSourceSize() {
-    QTreeWidgetItem* row = ExplorerListView1->topLevelItem(0);
-    if (row == nullptr || !QFileInfo(Text2->text()).isDir())
+    if (ExplorerListView1->PageRow(kPageIso, 0) == nullptr || !QFileInfo(Text2->text()).isDir())
         return;
     const auto entry = authoring::MeasureEntry(Text2->text().toStdString(), WindowScanHooks());
-    row->setText(kSizeColumn, Q(authoring::FormatGroesse(entry.bytes)));
-    row->setText(kBytesColumn, QString::number(entry.bytes));
+    if (QTreeWidgetItem* row = ExplorerListView1->PageRow(kPageIso, 0)) {
+        row->setText(kSizeColumn, Q(authoring::FormatGroesse(entry.bytes)));
+        row->setText(kBytesColumn, QString::number(entry.bytes));
+    }
 }
 
 void frmMain::ShowNoSourceMessage() {
@@ -137,40 +121,44 @@ bool frmMain::CreateIsoImageJob(const std::string& prefix, const std::string& ta
         return true;
     }
     isBusy = true;
-    QTreeWidgetItem* first = ExplorerListView1->topLevelItem(0);
+    // The status goes into the first row of the page the job was started on, whichever page
+    // the user looks at meanwhile.
+    const int page = currentPage_;
+    const auto showStatus = [this, page](const QString& text) {
+        if (QTreeWidgetItem* first = ExplorerListView1->PageRow(page, 0))
+            first->setText(kResultColumn, text);
+    };
+    QTreeWidgetItem* first = ExplorerListView1->PageRow(page, 0);
     if (first == nullptr || first->checkState(0) != Qt::Checked) {
         MsgBox(this, QStringLiteral("Bitte Tracks auswählen durch anhaken!"),
                MsgBoxStyle::Information);
         return true;
     }
-    first->setText(kResultColumn, Tr(QStringLiteral("Schreibe...")));
+    showStatus(Tr(QStringLiteral("Schreibe...")));
+    authoring::IsoJobHooks hooks;
+    hooks.scan = WindowScanHooks();
+    hooks.progress = [this](int percent) { ProgressBar1->setValue(percent); };
+    hooks.cancelled = [this] { return Abbort; };
     YieldHook()();
-    authoring::ShowOrdnerInhalt(source, listing_, WindowScanHooks());
+    // A listing stopped by Escape makes no image: CreateIsoImage ends it as an abort.
+    authoring::ShowOrdnerInhalt(source, listing_, hooks.scan);
 
     authoring::IsoImageParams params;
     params.sourceFolder = source;
     params.volumeName = Text3->text().toStdString();
     params.outputPath = targetFolder + prefix + ".iso";
-    authoring::IsoJobHooks hooks;
-    hooks.scan = WindowScanHooks();
-    hooks.progress = [this](int percent) { ProgressBar1->setValue(percent); };
-    hooks.cancelled = [this] { return Abbort; };
 
     PlaceBusyPicture();
     Picture1->show();
     ProgressBar1->setMaximum(100);
     const auto result = authoring::CreateIsoImage(params, listing_, hooks);
     Picture1->hide();
-    // The list may have been read anew while the job let the window work.
-    first = ExplorerListView1->topLevelItem(0);
     if (result.outcome == authoring::IsoOutcome::NoFiles) {
-        if (first != nullptr)
-            first->setText(kResultColumn, QString());
+        showStatus(QString());
         MsgBox(this, Q(authoring::NoFilesMessage(source)), MsgBoxStyle::Exclamation);
         return true;
     }
-    if (first != nullptr)
-        first->setText(kResultColumn, Tr(QString::fromUtf8(IsoStatusText(result.outcome))));
+    showStatus(Tr(QString::fromUtf8(IsoStatusText(result.outcome))));
     // An image that was not finished keeps the window open even when Check1 asks to close it.
     if (result.outcome != authoring::IsoOutcome::Done)
         Abbort = true;

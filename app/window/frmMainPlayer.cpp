@@ -127,21 +127,23 @@ void frmMain::Timer6_Timer() {
                      static_cast<int>(track));
 }
 
-// Writes text into the row of track (its "Ergebnis" column), clearing the row shown before.
+// Writes text into the row of track (its "Ergebnis" column), clearing the row shown before. The
+// rows are the ripping page's, also while another page is shown.
 void frmMain::ShowPlayerStatus(const QString& text, int track) {
+    const auto rowAt = [this](int row) { return ExplorerListView1->PageRow(kPageRip, row); };
     int row = -1;
-    for (int i = 0; i < ExplorerListView1->topLevelItemCount(); ++i) {
-        if (ExplorerListView1->topLevelItem(i)->text(0).toInt() == track)
+    for (int i = 0; i < ExplorerListView1->PageRowCount(kPageRip); ++i) {
+        if (rowAt(i)->text(0).toInt() == track)
             row = i;
     }
     if (track >= 0 && row < 0)
         row = playerRow_;
     if (playerRow_ >= 0 && playerRow_ != row) {
-        if (QTreeWidgetItem* old = ExplorerListView1->topLevelItem(playerRow_))
+        if (QTreeWidgetItem* old = rowAt(playerRow_))
             old->setText(kResultColumn, QString());
     }
     playerRow_ = row;
-    if (QTreeWidgetItem* item = ExplorerListView1->topLevelItem(row))
+    if (QTreeWidgetItem* item = rowAt(row))
         item->setText(kResultColumn, text);
 }
 

@@ -64,10 +64,13 @@ void frmMain::TabStrip1_Click(int index) {
         MsgBox(this, QStringLiteral("Wollen sie die Zusammenstellung vorher noch speichern?"),
                MsgBoxStyle::QuestionYesNo) == vbYes)
         Command13->click();
-    SwapPageRows(currentPage_, index);
+    ExplorerListView1->ShowPageRows(index);
     currentPage_ = index;
     ShowPage(index);
-    Timer2->start();
+    // The refresh would read the track list anew, and with it drop the results a running job
+    // writes; it does nothing while a job runs anyway.
+    if (!isBusy && jobPage_ == kNoJob)
+        Timer2->start();
 }
 
 void frmMain::ShowPage(int page) {
@@ -258,7 +261,6 @@ std::string frmMain::SelectedDriveHandle() const {
 
 void frmMain::RipAudioTracks(const std::string& prefix, const std::string& targetFolder) {
     isBusy = true;
-    ripRunning_ = true;
     audiocd::RipJobParams params;
     params.handle = SelectedDriveHandle();
     params.targetFolder = targetFolder;
@@ -275,9 +277,9 @@ void frmMain::RipAudioTracks(const std::string& prefix, const std::string& targe
         MsgBox(this, QString::fromStdString(text), MsgBoxStyle::Exclamation);
     };
     hooks.aborted = [this] { return Abbort; };
-    // The list may be read anew while the job lets the window work; a row gone stays silent.
+    // The ripping page's own rows, also while another page is shown.
     const auto rowText = [this](size_t row, const std::string& text) {
-        if (QTreeWidgetItem* item = ExplorerListView1->topLevelItem(static_cast<int>(row)))
+        if (QTreeWidgetItem* item = ExplorerListView1->PageRow(kPageRip, static_cast<int>(row)))
             item->setText(5, QString::fromStdString(text));
     };
     // Other formats go through the encoder, tagged with the disc's CD-Text where it has one.
@@ -287,7 +289,6 @@ void frmMain::RipAudioTracks(const std::string& prefix, const std::string& targe
             encode::MakeRipEncoder(params, audiocd::ReadCdText(*transport_, params.handle), hooks);
     }
     audiocd::RunRipJob(*transport_, params, hooks, rowText, encoder);
-    ripRunning_ = false;
 }
 
 void frmMain::EndStep() {

@@ -226,6 +226,22 @@ TEST_F(ScriptedBurnTest, EscapeWhileWritingIsAnAbortNotAnError) {
     EXPECT_FALSE(again.calls.ejected);
 }
 
+// A tap of Escape while the compilation is listed: the burn ends there as an abort.
+TEST_F(ScriptedBurnTest, EscapeOnceWhileListingEndsTheBurnBeforeTheRecorder) {
+    service.script.info = Disc(MediaState::Blank);
+    std::ofstream(folder + "/zweite.txt") << "z";
+    int asked = 0;
+    Seen seen;
+    BurnCompilationParams params{"/dev/sr0", {folder}, "", false, false, false};
+    const BurnResult result = BurnZusammenstellung(
+        service, params, RecordingHooks(seen, true, [&asked] { return ++asked == 2; }));
+    EXPECT_EQ(result.outcome, BurnOutcome::Aborted);
+    EXPECT_EQ(result.status, "Aktion abgebrochen!");
+    EXPECT_EQ(result.listStatus, "Abbruch");
+    EXPECT_TRUE(seen.messages.empty());
+    EXPECT_EQ(service.calls.opened, 0);
+}
+
 TEST_F(ScriptedBurnTest, ProgressOfAWriteReachesTheStatusLineAndTheBar) {
     service.script.info = Disc(MediaState::Blank);
     service.script.progress = {Progress(kActionValidatingMedia, 0, 0),

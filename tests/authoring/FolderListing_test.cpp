@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "IsoImage.h"
 #include "ScanTree.h"
 #include "common/ScratchFolder.h"
 
@@ -60,7 +61,7 @@ TEST_F(FolderListingTest, FilesOfEachLevelBeforeItsSubFoldersDepthFirst) {
                                           : (Names{base + "c", base + "a", base + "a/b"}));
 }
 
-TEST_F(FolderListingTest, LargeFileFromTwoGiBOnEscapeAndPatterns) {
+TEST_F(FolderListingTest, LargeFileFromTwoGiBOnAndNamePatterns) {
     MakeFile(root / "big", kLargeFileSize);
     EXPECT_EQ(Show(), "2,00 GB");
     EXPECT_TRUE(listing.ListHasLargeFile);
@@ -73,8 +74,7 @@ TEST_F(FolderListingTest, LargeFileFromTwoGiBOnEscapeAndPatterns) {
     EXPECT_EQ(listing.ListFiles.size(), 2u);
     EXPECT_EQ(listing.ListFolders, Names{base + "sub"});
 
-    EXPECT_EQ(Show({[] { return true; }, nullptr}), "0 Byte");  // Escape
-    EXPECT_TRUE(listing.ListFiles.empty() && listing.ListFolders.empty());
+    listing = FolderListing{};
     ListOrdnerDateien(base, "*.txt", listing, {});
     ListOrdnerDateien(base, "b*", listing, {});
     EXPECT_EQ(listing.ListFiles, Names{base + "big"});
@@ -84,6 +84,28 @@ TEST_F(FolderListingTest, LargeFileFromTwoGiBOnEscapeAndPatterns) {
     EXPECT_TRUE(listing.ListLinks.empty());
     ListOrdnerDateien(base, "big*", listing, {});
     EXPECT_EQ(listing.ListLinks, Names{base + "big-link"});
+}
+
+// Escape pressed once stops the whole walk: the levels above ask no more, and the listing, being
+// only part of the tree, makes no image.
+TEST_F(FolderListingTest, EscapePressedOnceEndsTheListingAndMakesNoImage) {
+    const fs::path source = root / "quelle";
+    MakeFile(source / "a", 10);
+    MakeFile(source / "b", 10);
+    MakeFile(source / "c" / "d", 10);
+    int asked = 0;
+    ShowOrdnerInhalt(source.string(), listing, {[&asked] { return ++asked == 2; }, nullptr});
+    EXPECT_TRUE(listing.ListAborted);
+    EXPECT_EQ(asked, 2);
+    EXPECT_TRUE(listing.ListFolders.empty());
+    const fs::path image = root / "bild.iso";
+    EXPECT_EQ(CreateIsoImage({source.string(), "", image.string()}, listing, {}).outcome,
+              IsoOutcome::Aborted);
+    EXPECT_FALSE(fs::exists(image));
+
+    ShowOrdnerInhalt(source.string(), listing, {});
+    EXPECT_FALSE(listing.ListAborted);
+    EXPECT_EQ(listing.ListFiles.size(), 3u);
 }
 
 }  // namespace

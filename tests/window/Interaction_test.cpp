@@ -83,12 +83,19 @@ TEST_F(Person, F9AbbrechenAndCloseStopTheRunningJob) {
     EXPECT_EQ(ReadSettingsValue(SettingsFile(), "Diskolo", "Unload"), "0");
 }
 
-TEST_F(Person, EscapeIsSeenByTheJobsWhileHeld) {
+TEST_F(Person, EscapeIsSeenByTheJobsWhileHeldOrOnceWhenTappedBetweenTwoLooks) {
+    PressKey(window->ExplorerListView1, Qt::Key_Escape);  // before the job: not its business
+    ReleaseKey(window->ExplorerListView1, Qt::Key_Escape);
     const auto escape = EscapeHook();
     EXPECT_FALSE(escape());
     PressKey(window->ExplorerListView1, Qt::Key_Escape);
     EXPECT_TRUE(escape());
+    EXPECT_TRUE(escape());
     ReleaseKey(window->ExplorerListView1, Qt::Key_Escape);
+    EXPECT_FALSE(escape());
+    PressKey(window->ExplorerListView1, Qt::Key_Escape);
+    ReleaseKey(window->ExplorerListView1, Qt::Key_Escape);
+    EXPECT_TRUE(escape());
     EXPECT_FALSE(escape());
 }
 

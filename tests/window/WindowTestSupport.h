@@ -84,6 +84,9 @@ class DialogScript {
     DialogAnswerer previous_;
 };
 
+// A disc written by the generator into folder; its CUE sheet.
+std::string WriteDisc(const std::string& fixture, const std::filesystem::path& folder);
+
 // A scratch world for one start of the program: APPDATA, the lock, the language folder and a
 // machine without optical drives, so only the disc images can stand in for drives.
 class WindowTest : public ::testing::Test {
@@ -137,6 +140,16 @@ class WindowTest : public ::testing::Test {
         return window;
     }
 
+    // Starts with the disc the generator writes for fixture in the image drive, waits for the
+    // first drive list and shows the window.
+    frmMain* StartShownWith(const std::string& fixture) {
+        UseImages({WriteDisc(fixture, root / "disc")});
+        frmMain* window = StartAndFill();
+        if (window != nullptr)
+            window->show();
+        return window;
+    }
+
     static void WaitForDriveList(frmMain& window) {
         if (!window.isLoading)
             return;
@@ -152,8 +165,6 @@ class WindowTest : public ::testing::Test {
     std::unique_ptr<Startup> startup;
 };
 
-// A disc written by the generator into folder; its CUE sheet.
-std::string WriteDisc(const std::string& fixture, const std::filesystem::path& folder);
 // The demo disc, generated into folder.
 std::string DemoDiscIn(const std::filesystem::path& folder);
 // An image of a data disc: an ISO file of zeroed sectors.
