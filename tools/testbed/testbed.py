@@ -86,9 +86,9 @@ class Cpio:
     def char_device(self, name: str, major: int, minor: int) -> None:
         self._entry(name, 0o020600, rdev=(major, minor))
 
-    def finish(self) -> bytes:
+    def finish(self, compress: bool = True) -> bytes:
         self._entry("TRAILER!!!", 0)
-        return gzip.compress(bytes(self.data), mtime=0)
+        return gzip.compress(bytes(self.data), mtime=0) if compress else bytes(self.data)
 
 
 def load_order(kernel: Path, wanted: list) -> list:
@@ -114,7 +114,7 @@ def load_order(kernel: Path, wanted: list) -> list:
 
 
 def build_initramfs(kernel: Path, probe: Path, cli, work: Path, variant: str,
-                    extra_files=(), with_discs=True) -> Path:
+                    extra_files=(), with_discs=True, compress=True) -> Path:
     modules, nodes = VARIANTS[variant]
     order = load_order(kernel, modules)
     archive = Cpio()
@@ -138,7 +138,7 @@ def build_initramfs(kernel: Path, probe: Path, cli, work: Path, variant: str,
     for extra in extra_files:
         archive.file(f"testbed/{extra.name}", extra.read_bytes())
     path = work / "initramfs.gz"
-    path.write_bytes(archive.finish())
+    path.write_bytes(archive.finish(compress))
     return path
 
 
@@ -277,7 +277,7 @@ def option_path(path: Path) -> str:
 
 def boot(args, kernel: Path, work: Path, deadline: float, log) -> Run:
     initramfs = build_initramfs(kernel, args.probe, args.cli, work, args.variant, args.file,
-                                not args.image)
+                                not args.image, not args.uncompressed)
     # Drive 0 holds disc A unless images were given; drive 1 is empty unless a second was.
     images = args.image or [work / "disc-a.iso"]
     drives = [f"if=ide,index={i},media=cdrom,format=raw,file={option_path(image.resolve())}"
@@ -351,6 +351,8 @@ def main() -> int:
                         help="an image for drive 0 instead of disc A; given twice, for drive 1")
     parser.add_argument("--file", type=Path, action="append", default=[],
                         help="a file for the guest's /testbed folder (repeatable)")
+    parser.add_argument("--uncompressed", action="store_true",
+                        help="leave the initramfs uncompressed (faster for large guest files)")
     parser.add_argument("--expect-checks", action="store_true",
                         help="fail when the probe reports no check at all")
     args = parser.parse_args()

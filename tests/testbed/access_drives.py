@@ -1,0 +1,97 @@
+#!/usr/bin/env python3
+"""Drives the user may not open, in a real kernel: the drive test bed (drives variant) with the
+nodes given to root:cdrom, mode 0660, as Debian does. plattmix-cli and the window (offscreen)
+run as a user outside the group and must name the node and the group, the CLI on stderr with
+exit status 1; a member of the group gets the drives. READs that deliver fewer bytes than asked
+fail through both transports (AccessChecks.h).
+
+The guest program (with the window), plattmix-cli, the layer library and Qt's offscreen
+platform go into the guest with every library they load, flat in /testbed; the programs' debug
+information is left behind, and the initramfs stays uncompressed, for speed.
+
+Exit status 0 only when the boot passed and every expected check passed.
+"""
+
+import argparse
+import shutil
+import subprocess
+import sys
+from pathlib import Path
+
+HERE = Path(__file__).resolve().parent
+TESTBED = HERE.parent.parent / "tools" / "testbed" / "testbed.py"
+sys.path.insert(0, str(HERE))
+from iso_mount import Failure  # noqa: E402
+from vdrive_mount import libraries  # noqa: E402
+
+EXPECTED = ["short.pass-through", "short.fall-back", "access.nodes", "access.cli.drives",
+            "access.cli.named", "access.window", "access.member.cli", "access.member.window"]
+
+
+def guest_files(staged: Path, binaries: dict) -> list:
+    """The binaries under their guest names, without debug information, and their libraries."""
+    shutil.rmtree(staged, ignore_errors=True)
+    staged.mkdir(parents=True)
+    libs = {}
+    for binary in binaries.values():
+        libs.update(libraries(binary))
+    files = []
+    for name, source in binaries.items():
+        done = subprocess.run(["objcopy", "--strip-debug", str(source), str(staged / name)],
+                              capture_output=True, text=True)
+        if done.returncode != 0:
+            raise Failure(f"objcopy {source}: {done.stderr.strip()}")
+        files.append(staged / name)
+    for name, source in libs.items():
+        if name not in binaries:
+            shutil.copyfile(source, staged / name)  # follows links: the file under its load name
+            files.append(staged / name)
+    return files
+
+
+def main() -> int:
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--program", type=Path, required=True, help="the guest program")
+    parser.add_argument("--cli", type=Path, required=True, help="plattmix-cli")
+    parser.add_argument("--layer", type=Path, required=True, help="libplattmix_aspi.so")
+    parser.add_argument("--platform", type=Path, required=True, help="Qt's libqoffscreen.so")
+    parser.add_argument("--script", type=Path, required=True, help="the guest script")
+    parser.add_argument("--work", type=Path, required=True, help="folder for the boot")
+    args = parser.parse_args()
+
+    shutil.rmtree(args.work, ignore_errors=True)
+    args.work.mkdir(parents=True)
+    try:
+        files = guest_files(args.work / "guest", {
+            "testbed_access": args.program, "plattmix-cli": args.cli,
+            args.layer.name: args.layer, "libqoffscreen.so": args.platform})
+        command = [sys.executable, str(TESTBED), "--probe", str(args.script), "--variant",
+                   "drives", "--expect-checks", "--uncompressed", "--memory", "1536",
+                   "--work", str(args.work / "boot")]
+        for path in files:
+            command += ["--file", str(path)]
+        print("+ " + " ".join(command[:12]) + f" ... ({len(files)} files)", flush=True)
+        harness = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                                 text=True, errors="replace")
+        print(harness.stdout, end="", flush=True)
+        if harness.returncode != 0:
+            raise Failure(f"the boot failed (exit status {harness.returncode})")
+        passed = {line.split()[1] for line in harness.stdout.splitlines()
+                  if line.startswith("CHECK ") and len(line.split()) >= 3
+                  and line.split()[2] == "PASS"}
+        missing = [name for name in EXPECTED if name not in passed]
+        if missing:
+            raise Failure("no passing check for: " + ", ".join(missing))
+        print(f"refused drives and short transfers: every check passed ({len(passed)} names)",
+              flush=True)
+        return 0
+    except (Failure, OSError) as error:
+        print(f"ACCESS TEST FAILED: {error}", flush=True)
+        return 1
+    finally:
+        shutil.rmtree(args.work / "guest", ignore_errors=True)
+
+
+if __name__ == "__main__":
+    sys.exit(main())
