@@ -11,11 +11,11 @@
 namespace plattmix::scsi {
 
 struct RefusedDrive {
-    std::string node;          // "/dev/sr0"
-    std::string group;         // the node's owner group by name, or its number without a name
-    bool groupGrants = true;   // joining the group gives access: it may read the node and is
-                               // not the administrator's own
-    std::string user;          // this user's account name; empty when it has none
+    std::string node;         // "/dev/sr0"
+    std::string group;        // the node's owner group by name, or its number without a name
+    bool groupGrants = true;  // joining the group gives access: it may read the node and is
+                              // not the administrator's own
+    std::string user;         // this user's account name; empty when it has none
 };
 
 // Opens the node for reading as the transports do; answers the refusal when the system says

@@ -98,7 +98,9 @@ clsSPTI::clsSPTI(std::string sysClassBlock, std::string devDir, SgIoCall sgIo)
       sgIo_(std::move(sgIo)),
       drives_(ScanDrives(sysClassBlock_)) {
     if (!sgIo_)
-        sgIo_ = [](int descriptor, sg_io_hdr& header) { return ::ioctl(descriptor, SG_IO, &header); };
+        sgIo_ = [](int descriptor, sg_io_hdr& header) {
+            return ::ioctl(descriptor, SG_IO, &header);
+        };
 }
 
 clsSPTI::~clsSPTI() {
