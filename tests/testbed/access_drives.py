@@ -6,7 +6,7 @@ exit status 1; a member of the group gets the drives (AccessChecks.h).
 
 The guest program (with the window), plattmix-cli, the layer library and Qt's offscreen
 platform go into the guest with every library they load, flat in /testbed; the programs' debug
-information is left behind, and the initramfs stays uncompressed, for speed.
+information is left behind.
 
 Exit status 0 only when the boot passed and every expected check passed.
 """
@@ -18,8 +18,8 @@ import sys
 from pathlib import Path
 
 HERE = Path(__file__).resolve().parent
-TESTBED = HERE.parent.parent / "tools" / "testbed" / "testbed.py"
 sys.path.insert(0, str(HERE))
+from aspi_fallback import boot  # noqa: E402
 from iso_mount import Failure  # noqa: E402
 from vdrive_mount import libraries  # noqa: E402
 
@@ -51,12 +51,10 @@ def guest_files(staged: Path, binaries: dict) -> list:
 def main() -> int:
     parser = argparse.ArgumentParser(description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--program", type=Path, required=True, help="the guest program")
-    parser.add_argument("--cli", type=Path, required=True, help="plattmix-cli")
-    parser.add_argument("--layer", type=Path, required=True, help="libplattmix_aspi.so")
-    parser.add_argument("--platform", type=Path, required=True, help="Qt's libqoffscreen.so")
-    parser.add_argument("--script", type=Path, required=True, help="the guest script")
-    parser.add_argument("--work", type=Path, required=True, help="folder for the boot")
+    for name, what in (("program", "the guest program"), ("cli", "plattmix-cli"),
+                       ("layer", "libplattmix_aspi.so"), ("platform", "Qt's libqoffscreen.so"),
+                       ("script", "the guest script"), ("work", "folder for the boot")):
+        parser.add_argument("--" + name, type=Path, required=True, help=what)
     args = parser.parse_args()
 
     shutil.rmtree(args.work, ignore_errors=True)
@@ -65,20 +63,7 @@ def main() -> int:
         files = guest_files(args.work / "guest", {
             "testbed_access": args.program, "plattmix-cli": args.cli,
             args.layer.name: args.layer, "libqoffscreen.so": args.platform})
-        command = [sys.executable, str(TESTBED), "--probe", str(args.script), "--variant",
-                   "drives", "--expect-checks", "--uncompressed", "--memory", "1536",
-                   "--work", str(args.work / "boot")]
-        for path in files:
-            command += ["--file", str(path)]
-        print("+ " + " ".join(command[:12]) + f" ... ({len(files)} files)", flush=True)
-        harness = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
-                                 text=True, errors="replace")
-        print(harness.stdout, end="", flush=True)
-        if harness.returncode != 0:
-            raise Failure(f"the boot failed (exit status {harness.returncode})")
-        passed = {line.split()[1] for line in harness.stdout.splitlines()
-                  if line.startswith("CHECK ") and len(line.split()) >= 3
-                  and line.split()[2] == "PASS"}
+        passed = boot("drives", args.script, files, args.work)
         missing = [name for name in EXPECTED if name not in passed]
         if missing:
             raise Failure("no passing check for: " + ", ".join(missing))
