@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "DemoDisc.h"
+#include "DriveAccess.h"
 #include "TransportSelection.h"
 #include "clsASPI.h"
 #include "clsSPTI.h"
@@ -29,10 +30,19 @@ DriveChoiceResult ImageDrive(const std::string& path, int16_t index) {
 }
 
 // The drive transport as the window chooses it: the pass-through first, the fall-back when the
-// first is not both installed and initialized; nothing when neither works.
-std::unique_ptr<scsi::ISCSI> DriveTransport() {
-    return scsi::SelectTransport([] { return std::make_unique<scsi::clsSPTI>(); },
-                                 [] { return std::make_unique<scsi::clsASPI>(); });
+// first is not both installed and initialized or its drive is refused; nothing when neither
+// works.
+scsi::SelectedTransport DriveTransport() {
+    return scsi::SelectUsableTransport([] { return std::make_unique<scsi::clsSPTI>(); },
+                                       [] { return std::make_unique<scsi::clsASPI>(); });
+}
+
+// The message for a drive this user may not open, one line per line on a terminal.
+DriveChoiceResult Refused(const scsi::RefusedDrive& refused) {
+    std::string text = scsi::RefusedAccessMessage(refused);
+    for (auto at = text.find("\r\n"); at != std::string::npos; at = text.find("\r\n", at))
+        text.erase(at, 1);
+    return Fail(std::move(text));
 }
 
 // The short name DriveChar gives for a node named as "sr0", "/dev/sr0" or in upper case; empty
@@ -48,8 +58,12 @@ std::string NodeName(const std::string& node) {
 }
 
 DriveChoiceResult DriveNode(const std::string& node) {
-    auto transport = DriveTransport();
     const std::string wanted = NodeName(node);
+    if (!wanted.empty()) {
+        if (const auto refused = scsi::RefusedAccess("/dev/" + wanted))
+            return Refused(*refused);
+    }
+    auto transport = DriveTransport().transport;
     for (int16_t i = 1; transport && !wanted.empty() && i <= transport->DriveCount(); ++i) {
         int16_t index = i;
         if (transport->DriveChar(transport->DriveHandle(index)) == wanted)
@@ -67,9 +81,12 @@ DriveChoiceResult ChooseDrive(const std::optional<std::string>& drive) {
             return ImageDrive(*drive, 1);
         return DriveNode(*drive);
     }
-    auto transport = DriveTransport();
-    if (transport && transport->DriveCount() > 0)
-        return {DriveChoice{std::move(transport), 0}, {}};
+    auto selected = DriveTransport();
+    if (selected.transport && selected.transport->DriveCount() > 0)
+        return {DriveChoice{std::move(selected.transport), 0}, {}};
+    // The demo disc stands in only where the machine has no drive at all.
+    if (selected.refused)
+        return Refused(*selected.refused);
     const auto demo = discgen::DemoDisc();
     if (!demo.ok())
         return Fail(demo.error);

@@ -25,7 +25,9 @@ struct DriveChoiceResult {
 // drive: the --drive value, if any. A path to a regular file is a disc image; anything else
 // names a drive node ("/dev/sr0" or "sr0"; "/dev/sg0" when the fall-back transport serves the
 // drives). The drive transport is chosen as the window chooses it; without --drive the demo disc
-// stands in when that gives no transport or no drive.
+// stands in when that gives no transport or no drive. A drive node the system refuses to open
+// (the named one, or the first the transports found) ends in a message that names the node and
+// the group that grants access.
 DriveChoiceResult ChooseDrive(const std::optional<std::string>& drive);
 
 }  // namespace plattmix::cli

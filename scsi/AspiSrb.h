@@ -36,6 +36,7 @@ inline constexpr uint8_t kHostOk = 0x00;
 inline constexpr uint8_t kHostCommandTimeOut = 0x0B;
 inline constexpr uint8_t kHostBusReset = 0x0E;
 inline constexpr uint8_t kHostSelectionTimeOut = 0x11;  // the device could not be reached
+inline constexpr uint8_t kHostDataUnderrun = 0x12;      // data over- or underrun
 
 // Block sizes.
 inline constexpr size_t kExecSrbSize = 80;

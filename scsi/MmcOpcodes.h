@@ -15,6 +15,11 @@ inline constexpr uint8_t kOpGetConfiguration = 0x46;
 inline constexpr uint8_t kOpGetEventStatus = 0x4A;
 inline constexpr uint8_t kOpReadDiscInformation = 0x51;
 inline constexpr uint8_t kOpReadCd = 0xBE;
+// The other READ commands, whose length is a transfer length as READ(10)'s and READ CD's is.
+inline constexpr uint8_t kOpRead6 = 0x08;
+inline constexpr uint8_t kOpRead12 = 0xA8;
+inline constexpr uint8_t kOpRead16 = 0x88;
+inline constexpr uint8_t kOpReadCdMsf = 0xB9;
 
 // READ TOC/PMA/ATIP formats beyond the table of contents and the full TOC.
 inline constexpr uint8_t kTocFormatSessionInfo = 0x01;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "MmcOpcodes.h"
 #include "ScsiStatus.h"
 
 namespace plattmix::scsi {
@@ -45,6 +46,26 @@ void BuildSgIoRequest(SgIoRequest& request, std::span<const uint8_t> cdb, uint8_
         timeOut < 0 ? std::numeric_limits<unsigned>::max() : static_cast<unsigned>(timeOut) * 1000u;
 }
 
+bool TransferLengthIsExact(uint8_t opcode) {
+    switch (opcode) {
+        case kOpRead6:
+        case kOpRead10:
+        case kOpRead12:
+        case kOpRead16:
+        case kOpReadCd:
+        case kOpReadCdMsf:
+            return true;
+        default:
+            return false;
+    }
+}
+
+bool IsShortTransfer(const sg_io_hdr_t& header) {
+    const auto* cdb = static_cast<const uint8_t*>(header.cmdp);
+    return header.dxfer_direction == SG_DXFER_FROM_DEV && header.resid > 0 && cdb != nullptr &&
+           header.cmd_len > 0 && TransferLengthIsExact(cdb[0]);
+}
+
 SgIoResult InterpretSgIo(const sg_io_hdr_t& header, std::span<const uint8_t> sense,
                          int ioctlResult) {
     SgIoResult result;
@@ -52,6 +73,10 @@ SgIoResult InterpretSgIo(const sg_io_hdr_t& header, std::span<const uint8_t> sen
     const unsigned driverError = header.driver_status & kDriverStatusMask & ~kDriverSense;
     const bool completed = ioctlResult >= 0 && header.host_status == 0 && driverError == 0;
     result.status = completed ? header.status : kStatusNotDelivered;
+    if (result.status == kStatusGood && IsShortTransfer(header)) {
+        result.status = kStatusNotDelivered;
+        return result;
+    }
 
     const size_t written = ioctlResult >= 0 ? std::min<size_t>(header.sb_len_wr, sense.size()) : 0;
     if (written == 0)

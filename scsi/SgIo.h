@@ -27,6 +27,15 @@ uint8_t SentCdbLength(uint8_t opcode, uint8_t cdblen);
 void BuildSgIoRequest(SgIoRequest& request, std::span<const uint8_t> cdb, uint8_t cdblen,
                       int32_t direction, uint8_t* buffer, int32_t bufferLen, int16_t timeOut);
 
+// Whether a command's length field is a transfer length: the READ commands ask for exactly that
+// many blocks. The other commands give an allocation length, room that a shorter reply (INQUIRY,
+// READ TOC, GET CONFIGURATION and the like) need not fill.
+bool TransferLengthIsExact(uint8_t opcode);
+
+// A request that read fewer bytes than its transfer length asked for (the kernel's residual
+// count is not zero). The missing bytes are no data, whatever the status says.
+bool IsShortTransfer(const sg_io_hdr_t& header);
+
 struct SgIoResult {
     int32_t status = 0;
     uint8_t senseKey = 0;  // the whole byte, flag bits included
@@ -35,7 +44,8 @@ struct SgIoResult {
 };
 
 // ioctlResult is the ioctl's return value. Fixed-format sense is read at bytes 2, 12 and 13;
-// descriptor-format sense is read where that format keeps the same three values.
+// descriptor-format sense is read where that format keeps the same three values. A short
+// transfer (above) that the drive reports as GOOD did not complete: 255, without sense.
 SgIoResult InterpretSgIo(const sg_io_hdr_t& header, std::span<const uint8_t> sense,
                          int ioctlResult);
 

@@ -10,16 +10,30 @@ bool Works(ISCSI& transport) {
 }
 }  // namespace
 
+SelectedTransport SelectUsableTransport(const TransportFactory& first,
+                                        const TransportFactory& fallback,
+                                        const std::string& devDir) {
+    SelectedTransport selected;
+    for (const TransportFactory* factory : {&first, &fallback}) {
+        std::unique_ptr<ISCSI> transport = *factory ? (*factory)() : nullptr;
+        if (!transport)
+            continue;
+        const bool works = Works(*transport);
+        auto refused = RefusedFirstDrive(*transport, devDir);
+        if (works && !refused && (transport->DriveCount() > 0 || !selected.refused)) {
+            selected.transport = std::move(transport);
+            selected.refused.reset();
+            return selected;
+        }
+        if (!selected.refused)
+            selected.refused = std::move(refused);
+    }
+    return selected;
+}
+
 std::unique_ptr<ISCSI> SelectTransport(const TransportFactory& first,
                                        const TransportFactory& fallback) {
-    std::unique_ptr<ISCSI> transport = first ? first() : nullptr;
-    if (transport && Works(*transport))
-        return transport;
-    transport.reset();
-    transport = fallback ? fallback() : nullptr;
-    if (transport && Works(*transport))
-        return transport;
-    return nullptr;
+    return SelectUsableTransport(first, fallback).transport;
 }
 
 }  // namespace plattmix::scsi

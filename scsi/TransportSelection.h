@@ -4,7 +4,10 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
+#include <string>
 
+#include "DriveAccess.h"
 #include "ISCSI.h"
 
 namespace plattmix::scsi {
@@ -15,9 +18,22 @@ inline constexpr const char* kNoTransportMessage =
 
 using TransportFactory = std::function<std::unique_ptr<ISCSI>()>;
 
-// Creates the first transport and asks Installed, then Initialized; if either is false, the
-// first is released and the fall-back is created and asked the same. Nothing when neither
-// works.
+struct SelectedTransport {
+    std::unique_ptr<ISCSI> transport;  // nothing when none works
+    // The first drive node the system refused to open on the way; then the machine has a drive
+    // that this user may not use, which is what the user must be told.
+    std::optional<RefusedDrive> refused;
+};
+
+// Creates the first transport and asks Installed, then Initialized; if either is false, or the
+// system refuses to open its first drive, the first is released and the fall-back is created
+// and judged the same. A working transport without drives is not taken over a refused drive.
+// devDir is where the drives' nodes are.
+SelectedTransport SelectUsableTransport(const TransportFactory& first,
+                                        const TransportFactory& fallback,
+                                        const std::string& devDir = "/dev");
+
+// The transport SelectUsableTransport chooses; nothing when none works.
 std::unique_ptr<ISCSI> SelectTransport(const TransportFactory& first,
                                        const TransportFactory& fallback);
 

@@ -92,10 +92,16 @@ std::optional<std::array<unsigned, 4>> ParseHctl(std::string_view text) {
 
 }  // namespace
 
-clsSPTI::clsSPTI(std::string sysClassBlock, std::string devDir)
+clsSPTI::clsSPTI(std::string sysClassBlock, std::string devDir, SgIoCall sgIo)
     : sysClassBlock_(std::move(sysClassBlock)),
       devDir_(std::move(devDir)),
-      drives_(ScanDrives(sysClassBlock_)) {}
+      sgIo_(std::move(sgIo)),
+      drives_(ScanDrives(sysClassBlock_)) {
+    if (!sgIo_)
+        sgIo_ = [](int descriptor, sg_io_hdr& header) {
+            return ::ioctl(descriptor, SG_IO, &header);
+        };
+}
 
 clsSPTI::~clsSPTI() {
     for (int fd : descriptors_) {
@@ -190,7 +196,7 @@ int32_t clsSPTI::ExecCMD(std::string& Handle, std::span<const uint8_t> cdb, uint
 
     SgIoRequest request;
     BuildSgIoRequest(request, cdb, cdblen, direction, Buffer, BufferLen, TimeOut);
-    const int rc = ::ioctl(fd, SG_IO, &request.header);
+    const int rc = sgIo_(fd, request.header);
     const SgIoResult result = InterpretSgIo(request.header, request.sense, rc);
     lastSk_ = result.senseKey;
     lastAsc_ = result.asc;

@@ -3,18 +3,25 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "ISCSI.h"
 
+struct sg_io_hdr;
+
 namespace plattmix::scsi {
 
 class clsSPTI final : public ISCSI {
   public:
+    // Sends one request to an open node: the SG_IO ioctl unless a test stands in.
+    using SgIoCall = std::function<int(int descriptor, sg_io_hdr& header)>;
+
     // The two folders can be moved for tests; the defaults are the real system's.
-    explicit clsSPTI(std::string sysClassBlock = "/sys/class/block", std::string devDir = "/dev");
+    explicit clsSPTI(std::string sysClassBlock = "/sys/class/block", std::string devDir = "/dev",
+                     SgIoCall sgIo = {});
     ~clsSPTI() override;
     clsSPTI(const clsSPTI&) = delete;
     clsSPTI& operator=(const clsSPTI&) = delete;
@@ -47,6 +54,7 @@ class clsSPTI final : public ISCSI {
 
     std::string sysClassBlock_;
     std::string devDir_;
+    SgIoCall sgIo_;
     std::vector<std::string> drives_;  // short names in numeric order: sr0, sr1, ...
     std::vector<int> descriptors_;
     bool tableOpened_ = false;

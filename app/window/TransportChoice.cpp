@@ -26,6 +26,10 @@ std::unique_ptr<scsi::ISCSI> CreateFallbackTransport() {
     return std::make_unique<scsi::clsASPI>();
 }
 
+std::unique_ptr<scsi::ISCSI> CreateTransportWithoutDrives() {
+    return std::make_unique<scsi::imagedrive::clsImageDrive>();
+}
+
 ImageDrives LoadImageDrives(const std::vector<std::string>& imagePaths) {
     auto drive = std::make_unique<scsi::imagedrive::clsImageDrive>();
     ImageDrives result;

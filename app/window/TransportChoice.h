@@ -1,5 +1,6 @@
 // Which transport the window uses for the whole run: the pass-through transport, the fall-back,
-// or, where neither works, the disc-image drive with the images listed in the settings file.
+// or, where the machine has no drive, the disc-image drive with the images listed in the
+// settings file.
 #pragma once
 
 #include <memory>
@@ -18,6 +19,9 @@ inline constexpr const char* kImageSection = "Abbilder";
 std::unique_ptr<scsi::ISCSI> CreatePassThroughTransport();
 // The fall-back transport over the SCSI generic driver, through its layer library.
 std::unique_ptr<scsi::ISCSI> CreateFallbackTransport();
+
+// A transport with no drives: the window's drive list stays empty.
+std::unique_ptr<scsi::ISCSI> CreateTransportWithoutDrives();
 
 struct ImageDrives {
     std::unique_ptr<scsi::ISCSI> transport;  // nothing when no image could be loaded

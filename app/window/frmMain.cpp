@@ -149,10 +149,20 @@ bool frmMain::ChooseTransport() {
 }
 
 bool frmMain::SelectDriveTransport() {
-    transport_ = scsi::SelectTransport(options_.firstTransport, options_.fallbackTransport);
+    auto selected =
+        scsi::SelectUsableTransport(options_.firstTransport, options_.fallbackTransport);
+    transport_ = std::move(selected.transport);
     if (transport_)
         return true;
-    // Without a drive transport the disc images named in the settings stand in for drives.
+    if (selected.refused) {
+        // A drive this user may not open: say why and which group grants access, then go on
+        // without drives, so that the pages that need none stay usable. Disc images do not
+        // stand in for a drive that is there.
+        MsgBox(this, Q(scsi::RefusedAccessMessage(*selected.refused)), MsgBoxStyle::Exclamation);
+        transport_ = CreateTransportWithoutDrives();
+        return true;
+    }
+    // Without any drive the disc images named in the settings stand in for drives.
     const auto images = shell::ReadIniSection(paths_.SettingsFile, kImageSection);
     ImageDrives drives = LoadImageDrives(images);
     if (!drives.failures.empty())

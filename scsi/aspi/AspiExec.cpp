@@ -71,6 +71,12 @@ uint8_t FinishExecSrb(std::span<uint8_t, kExecSrbSize> srb, const sg_io_hdr_t& h
         srb[kExecTargetStatusAt] = 0;
         return kSrbAborted;
     }
+    if (header.status == kStatusGood && IsShortTransfer(header)) {
+        // Blocks missing from a READ: the request did not complete, whatever the drive says.
+        srb[kExecHostStatusAt] = kHostDataUnderrun;
+        srb[kExecTargetStatusAt] = 0;
+        return kSrbAborted;
+    }
     srb[kExecHostStatusAt] = kHostOk;
     srb[kExecTargetStatusAt] = header.status;
     const size_t written = std::min<size_t>(

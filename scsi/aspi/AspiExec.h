@@ -18,7 +18,8 @@ void BuildExecRequest(SgIoRequest& request, const ExecFields& fields, uint32_t h
 
 // Writes host status, target status and sense data into the block and answers the block's
 // final status (not written: the caller publishes it last). A request the kernel or the adapter
-// did not carry to its end (ioctl failure, host or driver error, time-out) is aborted.
+// did not carry to its end (ioctl failure, host or driver error, time-out) is aborted, and so is
+// a READ that delivered fewer bytes than it asked for.
 uint8_t FinishExecSrb(std::span<uint8_t, kExecSrbSize> srb, const sg_io_hdr_t& header,
                       std::span<const uint8_t> sense, int ioctlResult);
 

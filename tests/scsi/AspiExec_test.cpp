@@ -5,6 +5,8 @@
 #include <array>
 #include <vector>
 
+#include "ScsiStatus.h"
+
 using namespace plattmix::scsi;
 using namespace plattmix::scsi::aspi;
 
@@ -111,6 +113,20 @@ TEST(AspiExec, AnswersWrittenBackIntoTheBlock) {
     EXPECT_EQ(block.srb[kExecSenseAt], 0xA0);
     EXPECT_EQ(block.srb[kExecSenseAt + 13], 0xAD);
     EXPECT_EQ(block.srb[kExecSenseAt + 14], 0x00);
+
+    // A READ that left blocks out is aborted as an underrun, though the drive said GOOD; an
+    // INQUIRY that answered with less than its allocation length is complete.
+    Block readCd({0xBE, 0, 0, 0, 0, 16, 0, 0, 1, 0x10}, true, 4096);
+    SgIoRequest request;
+    BuildExecRequest(request, readCd.Fields(), 0);
+    request.header.resid = 2048;
+    EXPECT_EQ(FinishExecSrb(readCd.srb, request.header, sense, 0), kSrbAborted);
+    EXPECT_EQ(readCd.srb[kExecHostStatusAt], kHostDataUnderrun);
+    EXPECT_EQ(ExecResult(kSrbAborted, readCd.srb[kExecTargetStatusAt], false), kStatusNotDelivered);
+    Block inquiry({0x12, 0, 0, 0, 76, 0}, true, 76);
+    BuildExecRequest(request, inquiry.Fields(), 0);
+    request.header.resid = 40;
+    EXPECT_EQ(FinishExecSrb(inquiry.srb, request.header, sense, 0), kSrbComplete);
 
     // Not carried to its end: aborted, with the host status saying why.
     struct Case {

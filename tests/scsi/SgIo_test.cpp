@@ -88,3 +88,42 @@ TEST(SgIo, StatusAndSenseFromTheKernelsAnswer) {
     h.driver_status = 0x06;  // driver time-out
     EXPECT_EQ(InterpretSgIo(h, sense, 0).status, kStatusNotDelivered);
 }
+
+// A READ whose residual count is not zero left blocks out: not completed, whatever the drive's
+// status. Commands with an allocation length may answer with fewer bytes, and a CHECK CONDITION
+// stays what it is.
+TEST(SgIo, ShortReadsAreNotDelivered) {
+    struct Case {
+        std::vector<uint8_t> cdb;
+        int direction;
+        uint8_t status;
+        int32_t expected;
+    };
+    const std::vector<uint8_t> readCd = {0xBE, 0, 0, 0, 0, 16, 0, 0, 1, 0xF8};
+    const std::vector<uint8_t> read10 = {0x28, 0, 0, 0, 0, 16, 0, 0, 1, 0};
+    const Case cases[] = {
+        {readCd, 0, 0, kStatusNotDelivered},
+        {read10, 0, 0, kStatusNotDelivered},
+        {{0xA8, 0, 0, 0, 0, 16, 0, 0, 0, 1, 0, 0}, 0, 0, kStatusNotDelivered},  // READ(12)
+        {readCd, 0, 2, kStatusCheckCondition},
+        {{0x12, 0, 0, 0, 76, 0}, 0, 0, kStatusGood},                   // INQUIRY
+        {{0x43, 0, 0, 0, 0, 0, 0, 0x03, 0x24, 0}, 0, 0, kStatusGood},  // READ TOC
+        {{0x46, 0, 0, 0, 0, 0, 0, 0x01, 0, 0}, 0, 0, kStatusGood},     // GET CONFIGURATION
+        {{0x2A, 0, 0, 0, 0, 16, 0, 0, 1, 0}, 1, 0, kStatusGood},       // data out
+    };
+    std::vector<uint8_t> buffer(4096);
+    std::array<uint8_t, 32> sense{0x70, 0, 0x03, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x11, 0x05};
+    for (const Case& c : cases) {
+        SgIoRequest r;
+        BuildSgIoRequest(r, c.cdb, static_cast<uint8_t>(c.cdb.size()), c.direction, buffer.data(),
+                         4096, 5);
+        r.header.status = c.status;
+        r.header.resid = 2048;
+        r.header.sb_len_wr = c.status == 0 ? 0 : 18;
+        const SgIoResult result = InterpretSgIo(r.header, sense, 0);
+        EXPECT_EQ(result.status, c.expected) << std::hex << int(c.cdb[0]);
+        EXPECT_EQ(result.asc, c.status == 0 ? 0 : 0x11) << std::hex << int(c.cdb[0]);
+        r.header.resid = 0;
+        EXPECT_EQ(InterpretSgIo(r.header, sense, 0).status, c.status) << std::hex << int(c.cdb[0]);
+    }
+}

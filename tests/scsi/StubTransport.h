@@ -16,6 +16,8 @@ class StubTransport final : public scsi::ISCSI {
     bool installed = true;
     bool initialized = true;
     int* created = nullptr;  // counts creations when set
+    int16_t drives = 1;
+    std::string handle = "sr0";  // every drive's
     std::vector<uint8_t> cdb;
     uint8_t cdblen = 0;
     int32_t direction = -99;
@@ -29,9 +31,9 @@ class StubTransport final : public scsi::ISCSI {
     uint8_t LastSK() const override { return 0; }
     bool Initialized() override { return initialized; }
     bool Installed() override { return installed; }
-    int16_t DriveCount() const override { return 1; }
+    int16_t DriveCount() const override { return drives; }
     std::string DriveChar(const std::string& h) override { return h; }
-    std::string DriveHandle(int16_t&) override { return "sr0"; }
+    std::string DriveHandle(int16_t&) override { return handle; }
     uint8_t HostAdapter(const std::string&) override { return 0; }
     uint8_t TargetId(const std::string&) override { return 0; }
     uint8_t LUN(const std::string&) override { return 0; }

@@ -31,6 +31,9 @@ sys.path.insert(0, str(HERE))
 import prepare  # noqa: E402
 
 SECTOR = 2048
+# Guest files larger than this in all go into an uncompressed initramfs: compressing a program
+# with its libraries (the window with Qt, say) takes longer than the boot itself.
+COMPRESS_UP_TO = 64 << 20
 # The two generated discs: drive 0 boots with A, B is inserted into drive 1 while the probe runs.
 DISCS = {"disc-a": (b"A", 1200), "disc-b": (b"B", 700)}
 VARIANTS = {
@@ -86,9 +89,9 @@ class Cpio:
     def char_device(self, name: str, major: int, minor: int) -> None:
         self._entry(name, 0o020600, rdev=(major, minor))
 
-    def finish(self) -> bytes:
+    def finish(self, compress: bool) -> bytes:
         self._entry("TRAILER!!!", 0)
-        return gzip.compress(bytes(self.data), mtime=0)
+        return gzip.compress(bytes(self.data), mtime=0) if compress else bytes(self.data)
 
 
 def load_order(kernel: Path, wanted: list) -> list:
@@ -135,10 +138,13 @@ def build_initramfs(kernel: Path, probe: Path, cli, work: Path, variant: str,
     if with_discs:
         for disc in DISCS:
             archive.file(f"testbed/{disc}.iso", (work / f"{disc}.iso").read_bytes())
+    extra_size = 0
     for extra in extra_files:
-        archive.file(f"testbed/{extra.name}", extra.read_bytes())
+        body = extra.read_bytes()
+        extra_size += len(body)
+        archive.file(f"testbed/{extra.name}", body)
     path = work / "initramfs.gz"
-    path.write_bytes(archive.finish())
+    path.write_bytes(archive.finish(extra_size <= COMPRESS_UP_TO))
     return path
 
 
@@ -278,6 +284,8 @@ def option_path(path: Path) -> str:
 def boot(args, kernel: Path, work: Path, deadline: float, log) -> Run:
     initramfs = build_initramfs(kernel, args.probe, args.cli, work, args.variant, args.file,
                                 not args.image)
+    # The guest holds the initramfs twice while unpacking it, then its files.
+    memory = max(args.memory, 512 + 2 * (initramfs.stat().st_size >> 20))
     # Drive 0 holds disc A unless images were given; drive 1 is empty unless a second was.
     images = args.image or [work / "disc-a.iso"]
     drives = [f"if=ide,index={i},media=cdrom,format=raw,file={option_path(image.resolve())}"
@@ -289,7 +297,7 @@ def boot(args, kernel: Path, work: Path, deadline: float, log) -> Run:
     control_server = listener(sockets / "control")
     qmp_server = listener(sockets / "qmp")
     command = [
-        args.qemu, "-nographic", "-no-reboot", "-m", str(args.memory), *accelerators(),
+        args.qemu, "-nographic", "-no-reboot", "-m", str(memory), *accelerators(),
         "-kernel", str(kernel / "vmlinuz"), "-initrd", str(initramfs),
         "-append", "console=ttyS0 panic=-1 loglevel=4 scsi_mod.scan=sync",
         # Drive 0 is the first channel's master, drive 1 its slave.
@@ -345,7 +353,8 @@ def main() -> int:
     parser.add_argument("--cache", type=Path, default=prepare.default_cache())
     parser.add_argument("--work", type=Path, help="folder for images and logs (default: temporary)")
     parser.add_argument("--timeout", type=float, default=300, help="seconds for the whole run")
-    parser.add_argument("--memory", type=int, default=512)
+    parser.add_argument("--memory", type=int, default=512,
+                        help="MiB for the guest; raised for a large initramfs")
     parser.add_argument("--qemu", default="qemu-system-x86_64")
     parser.add_argument("--image", type=Path, action="append", default=[],
                         help="an image for drive 0 instead of disc A; given twice, for drive 1")
