@@ -6,7 +6,9 @@ cd "$(dirname "$0")/.."
 bash tools/setup.sh
 
 # Every C++ file as clang-format leaves it.
-find app scsi audiocd encode authoring cli tests tools bench \( -name '*.cpp' -o -name '*.h' \) -print0 |
+folders=(app scsi audiocd encode authoring vdrive cli tests tools bench)
+[ ! -d fuzz ] || folders+=(fuzz)
+find "${folders[@]}" \( -name '*.cpp' -o -name '*.h' \) -print0 |
     xargs -0 -r clang-format --dry-run --Werror
 
 jobs=$(nproc)
