@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Set-up, build and the whole test suite: the normal build (with the real-kernel drive test
-# bed) and the AddressSanitizer + UndefinedBehaviorSanitizer build.
+# bed), the AddressSanitizer + UndefinedBehaviorSanitizer build, and the optimised build with
+# the Debian package.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash tools/setup.sh
@@ -21,3 +22,9 @@ cmake -S . -B build/sanitize -G Ninja -DCMAKE_BUILD_TYPE=Debug -DPLATTMIX_SANITI
 cmake --build build/sanitize
 ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
     ctest --test-dir build/sanitize --output-on-failure -j "$jobs"
+
+# The optimised build with the tests and benchmarks, as the README builds the benchmarks, and
+# the Debian package made from it.
+cmake -S . -B build/release -G Ninja -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=ON >/dev/null
+cmake --build build/release
+bash tests/install/check_package.sh build/release
