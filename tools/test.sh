@@ -23,8 +23,9 @@ cmake --build build/sanitize
 ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
     ctest --test-dir build/sanitize --output-on-failure -j "$jobs"
 
-# The optimised build with the tests and benchmarks, as the README builds the benchmarks, and
-# the Debian package made from it.
+# The optimised build with the tests and benchmarks, as the README builds the benchmarks, its
+# tests (the drive test bed ran above), and the Debian package made from it.
 cmake -S . -B build/release -G Ninja -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=ON >/dev/null
 cmake --build build/release
+ctest --test-dir build/release --output-on-failure -j "$jobs" -LE testbed
 bash tests/install/check_package.sh build/release
