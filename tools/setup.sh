@@ -28,6 +28,9 @@ packages=(
     dbus-daemon udisks2 udev
     # the ISO benchmark's yardstick
     xorriso
+    # the Debian package: cpack's DEB generator finds the programs with file and their
+    # libraries' packages with dpkg-shlibdeps
+    dpkg-dev file
 )
 # the real-kernel drive test bed
 mapfile -t testbed < <(grep -vE '^\s*(#|$)' "$(dirname "$0")/testbed/packages.txt" 2>/dev/null || true)

@@ -1,12 +1,15 @@
 #!/usr/bin/env bash
 # Set-up, build and the whole test suite: the normal build (with the real-kernel drive test
-# bed) and the AddressSanitizer + UndefinedBehaviorSanitizer build.
+# bed), the AddressSanitizer + UndefinedBehaviorSanitizer build, and the optimised build with
+# the Debian package.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash tools/setup.sh
 
 # Every C++ file as clang-format leaves it.
-find app scsi audiocd encode authoring cli tests tools bench \( -name '*.cpp' -o -name '*.h' \) -print0 |
+folders=(app scsi audiocd encode authoring vdrive cli tests tools bench)
+[ ! -d fuzz ] || folders+=(fuzz)
+find "${folders[@]}" \( -name '*.cpp' -o -name '*.h' \) -print0 |
     xargs -0 -r clang-format --dry-run --Werror
 
 jobs=$(nproc)
@@ -19,3 +22,10 @@ cmake -S . -B build/sanitize -G Ninja -DCMAKE_BUILD_TYPE=Debug -DPLATTMIX_SANITI
 cmake --build build/sanitize
 ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
     ctest --test-dir build/sanitize --output-on-failure -j "$jobs"
+
+# The optimised build with the tests and benchmarks, as the README builds the benchmarks, its
+# tests (the drive test bed ran above), and the Debian package made from it.
+cmake -S . -B build/release -G Ninja -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=ON >/dev/null
+cmake --build build/release
+ctest --test-dir build/release --output-on-failure -j "$jobs" -LE testbed
+bash tests/install/check_package.sh build/release

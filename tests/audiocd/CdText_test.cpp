@@ -3,6 +3,7 @@
 // from generated discs.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -54,9 +55,11 @@ class Packs {
         return *this;
     }
     Bytes Reply() const {
+        // The four header bytes (length, two reserved), then the packs.
         const size_t length = bytes_.size() + 2;
         Bytes reply{static_cast<uint8_t>(length >> 8), static_cast<uint8_t>(length & 0xFF), 0, 0};
-        reply.insert(reply.end(), bytes_.begin(), bytes_.end());
+        reply.resize(4 + bytes_.size());
+        std::copy(bytes_.begin(), bytes_.end(), reply.begin() + 4);
         return reply;
     }
 
