@@ -53,17 +53,20 @@ fs::path BenchFolder() {
     return plattmix::bench::BenchFolder("rip");
 }
 
+// A disc written into the bench folder; a disc that cannot be written ends the program.
+discgen::DiscDescription WriteOrAbort(const discgen::DiscSpec& spec, const std::string& name) {
+    auto written = discgen::WriteDisc(spec, BenchFolder() / name);
+    if (!written.ok() || !written.value) {
+        std::fprintf(stderr, "Testplatte nicht geschrieben: %s\n", written.error.c_str());
+        std::abort();
+    }
+    return *written.value;
+}
+
 // The disc is written once per run and removed by main at the end.
 const discgen::DiscDescription& Disc() {
-    static const std::optional<discgen::DiscDescription> disc = [] {
-        auto written = discgen::WriteDisc(discgen::Large(kDiscMinutes), BenchFolder() / "disc");
-        if (!written.ok())
-            std::fprintf(stderr, "Testplatte nicht geschrieben: %s\n", written.error.c_str());
-        return written.value;
-    }();
-    if (!disc)
-        std::abort();
-    return *disc;
+    static const discgen::DiscDescription disc = WriteOrAbort(discgen::Large(kDiscMinutes), "disc");
+    return disc;
 }
 
 double AudioSeconds(const discgen::DiscDescription& disc) {
@@ -226,18 +229,13 @@ constexpr int kLongTrackMinutes = 40;
 
 // One track of 40 minutes, written once per run.
 const discgen::DiscDescription& LongTrackDisc() {
-    static const std::optional<discgen::DiscDescription> disc = [] {
+    static const discgen::DiscDescription disc = [] {
         discgen::DiscSpec spec = discgen::Large(kLongTrackMinutes);
         spec.tracks.resize(1);
         spec.tracks[0].sectors = kLongTrackMinutes * 60 * 75;
-        auto written = discgen::WriteDisc(spec, BenchFolder() / "long");
-        if (!written.ok())
-            std::fprintf(stderr, "Testplatte nicht geschrieben: %s\n", written.error.c_str());
-        return written.value;
+        return WriteOrAbort(spec, "long");
     }();
-    if (!disc)
-        std::abort();
-    return *disc;
+    return disc;
 }
 
 // The long track ripped to the format in a child process; its peak resident bytes.
