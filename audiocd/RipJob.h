@@ -1,5 +1,7 @@
 // The ripping page's Start command after its checks: every checked row, in order, named and
-// extracted, with "Schreibe..." and "Abbruch" in the rows as it goes.
+// extracted, with "Schreibe..." and "Abbruch" in the rows as it goes. For a compressed format
+// each track streams into its encoder while it is read; once read, the next track is read while
+// its encoder finishes, with up to one encoder per core.
 #pragma once
 
 #include <functional>
@@ -9,6 +11,7 @@
 #include "ISCSI.h"
 #include "JobHooks.h"
 #include "RipTrack.h"
+#include "TrackEncode.h"
 
 namespace plattmix::audiocd {
 
@@ -36,9 +39,12 @@ struct RipJobResult {
     int filesStarted = 0;  // the running number reached
 };
 
-// Row texts for the "Ergebnis" column go through rowText(rowPosition, text). Formats other
-// than WAV go through RipTrackConvert with the encoder (see RipTrack.h); without one they
-// report "XXX Fehler!".
+// Row texts for the "Ergebnis" column go through rowText(rowPosition, text), always on the
+// calling thread and each row's result in track order. Formats other than WAV go to the encoder
+// (see TrackEncode.h); without one they report "XXX Fehler!". A read error leaves the row's
+// "Schreibe..." and no file; the user's stop ends the job before the next track (a track being
+// read is dropped, "Abbruch"; one already read is finished) and the job returns only once every
+// encoder has ended, yielding all the while.
 using RowTextFn = std::function<void(size_t row, const std::string& text)>;
 
 RipJobResult RunRipJob(scsi::ISCSI& transport, const RipJobParams& params, const JobHooks& hooks,

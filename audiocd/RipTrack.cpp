@@ -55,9 +55,6 @@ struct ReadEnd {
     int32_t to = 0;    // and the sector after its last
 };
 
-// Takes each block's bytes; false stops the loop.
-using BlockSink = std::function<bool(std::span<const uint8_t>)>;
-
 // READ CD from the first sector up to the one before lastLba: 27 sectors at a time with the
 // progress and a yield after each, then whatever is left in one request.
 ReadEnd ReadTrackBlocks(scsi::ISCSI& transport, std::string& handle, const TrackBounds& bounds,
@@ -197,38 +194,33 @@ std::optional<std::string> RipTrackWav(scsi::ISCSI& transport, std::string handl
     return fileName + ".wav" + kTextDone;
 }
 
-std::optional<std::vector<uint8_t>> RipTrackToMemory(scsi::ISCSI& transport, std::string handle,
-                                                     int16_t track, const JobHooks& hooks) {
+StreamEnd RipTrackToSink(scsi::ISCSI& transport, std::string handle, int16_t track,
+                         const JobHooks& hooks, const BlockSink& sink) {
     const auto start = StartTrack(transport, handle, track, hooks);
     if (!start)
-        return std::nullopt;
-
-    std::vector<uint8_t> image;
-    if (start->bounds.audioBytes > 0)
-        image.reserve(kWavHeaderSize + static_cast<size_t>(start->bounds.audioBytes));
-    const auto append = [&image](std::span<const uint8_t> bytes) {
-        const size_t at = image.size();
-        image.resize(at + bytes.size());
-        std::copy(bytes.begin(), bytes.end(), image.begin() + static_cast<std::ptrdiff_t>(at));
-        return true;
-    };
-    append(start->header);
-    const ReadEnd end = ReadTrackBlocks(transport, handle, start->bounds, hooks, append);
+        return StreamEnd::NotStarted;
+    if (!sink(start->header))
+        return StreamEnd::SinkStopped;
+    const ReadEnd end = ReadTrackBlocks(transport, handle, start->bounds, hooks, sink);
+    if (end.outcome == ReadOutcome::SinkFailed)
+        return StreamEnd::SinkStopped;
     if (end.outcome != ReadOutcome::Complete) {
         hooks.Warn(ReadErrorText(end.from, end.to));
-        return std::nullopt;
+        return StreamEnd::ReadFailed;
     }
-    return image;
+    return StreamEnd::Complete;
 }
 
-std::optional<std::string> RipTrackConvert(scsi::ISCSI& transport, std::string handle,
-                                           int16_t track, const std::string& basePath,
-                                           const std::string& fileName, const EncodeFn& encode,
-                                           size_t row, const JobHooks& hooks) {
-    const auto wav = RipTrackToMemory(transport, std::move(handle), track, hooks);
-    if (!wav)
+std::optional<std::vector<uint8_t>> RipTrackToMemory(scsi::ISCSI& transport, std::string handle,
+                                                     int16_t track, const JobHooks& hooks) {
+    std::vector<uint8_t> image;
+    const auto append = [&image](std::span<const uint8_t> bytes) {
+        image.insert(image.end(), bytes.begin(), bytes.end());
+        return true;
+    };
+    if (RipTrackToSink(transport, std::move(handle), track, hooks, append) != StreamEnd::Complete)
         return std::nullopt;
-    return encode ? encode(*wav, basePath, fileName, row) : std::string(kTextTrackFailed);
+    return image;
 }
 
 }  // namespace plattmix::audiocd

@@ -1,10 +1,11 @@
-// Extracting one audio track: READ CD in 27-sector blocks behind the WAV header, to a file or
-// into memory for the encoder.
+// Extracting one audio track: READ CD in 27-sector blocks behind the WAV header, to a file, or
+// block by block to whoever takes the stream (the encoder).
 #pragma once
 
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -28,23 +29,22 @@ std::optional<std::string> RipTrackWav(scsi::ISCSI& transport, std::string handl
                                        const std::string& filePath, const std::string& fileName,
                                        const JobHooks& hooks);
 
-// The same reading into memory: header and audio as one WAV image for the encoder. Nothing
-// when reading failed (the user was warned).
+// Takes the WAV header, then each block's bytes; false stops the reading.
+using BlockSink = std::function<bool(std::span<const uint8_t>)>;
+
+// How reading a track into a sink ended.
+enum class StreamEnd { NotStarted, Complete, ReadFailed, SinkStopped };
+
+// Reads the track behind its WAV header into sink, with the progress and a yield after each
+// block. A read error is told through the hooks ("Lesefehler in Range a - b."); NotStarted when
+// the table of contents or the track's bounds could not be had (the user was warned where the
+// table failed).
+StreamEnd RipTrackToSink(scsi::ISCSI& transport, std::string handle, int16_t track,
+                         const JobHooks& hooks, const BlockSink& sink);
+
+// The same reading into memory: header and audio as one WAV image. Nothing when reading failed
+// (the user was warned).
 std::optional<std::vector<uint8_t>> RipTrackToMemory(scsi::ISCSI& transport, std::string handle,
                                                      int16_t track, const JobHooks& hooks);
-
-// The encoder: the WAV image into pathWithoutExtension + the format's extension; answers the
-// row's text. row is the checked row's position, so the encoder can name the track in tags.
-using EncodeFn =
-    std::function<std::string(const std::vector<uint8_t>& wav, const std::string& basePath,
-                              const std::string& fileName, size_t row)>;
-
-// The memory path: the track read into memory behind the WAV header (RipTrackToMemory), then
-// handed to the encoder. Answers the row's text ("XXX Fehler!" without an encoder), or nothing
-// when reading failed (the user was warned).
-std::optional<std::string> RipTrackConvert(scsi::ISCSI& transport, std::string handle,
-                                           int16_t track, const std::string& basePath,
-                                           const std::string& fileName, const EncodeFn& encode,
-                                           size_t row, const JobHooks& hooks);
 
 }  // namespace plattmix::audiocd

@@ -7,7 +7,16 @@
 // (74 * 60 / 48 s); 1.0 is the limit. BM_ReadOnlyAt48x sends the same requests without
 // writing anything, so the difference between the two is what the ripper itself adds.
 // cd_speed is the audio ripped per wall-clock second as a multiple of single-speed CD.
+//
+// BM_RipEncodeMp3Unlimited rips the disc to MP3 with no speed limit; vs_one_encoder is its wall
+// time over the time one encoder takes for the same audio (every track converted in memory,
+// one after the other), so below 1.0 is what reading beside encoding and several encoders at
+// once gain. BM_RipPeakMemory rips a 40-minute single track to each format in a child process;
+// peak_vs_pcm is the child's peak resident memory over the track's PCM size.
 #include <benchmark/benchmark.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -20,6 +29,7 @@
 #include <vector>
 
 #include "BenchFolder.h"
+#include "ConvertAudioStream.h"
 #include "DiscWriter.h"
 #include "Fixtures.h"
 #include "RipEncoder.h"
@@ -43,17 +53,20 @@ fs::path BenchFolder() {
     return plattmix::bench::BenchFolder("rip");
 }
 
+// A disc written into the bench folder; a disc that cannot be written ends the program.
+discgen::DiscDescription WriteOrAbort(const discgen::DiscSpec& spec, const std::string& name) {
+    auto written = discgen::WriteDisc(spec, BenchFolder() / name);
+    if (!written.ok() || !written.value) {
+        std::fprintf(stderr, "Testplatte nicht geschrieben: %s\n", written.error.c_str());
+        std::abort();
+    }
+    return *written.value;
+}
+
 // The disc is written once per run and removed by main at the end.
 const discgen::DiscDescription& Disc() {
-    static const std::optional<discgen::DiscDescription> disc = [] {
-        auto written = discgen::WriteDisc(discgen::Large(kDiscMinutes), BenchFolder() / "disc");
-        if (!written.ok())
-            std::fprintf(stderr, "Testplatte nicht geschrieben: %s\n", written.error.c_str());
-        return written.value;
-    }();
-    if (!disc)
-        std::abort();
-    return *disc;
+    static const discgen::DiscDescription disc = WriteOrAbort(discgen::Large(kDiscMinutes), "disc");
+    return disc;
 }
 
 double AudioSeconds(const discgen::DiscDescription& disc) {
@@ -65,8 +78,8 @@ double AudioSeconds(const discgen::DiscDescription& disc) {
 
 // Every track to the format at formatIndex (WAV by default) in a fresh folder; seconds taken.
 // Any row not done aborts the program.
-double RipWholeDisc(int speed, int formatIndex = audiocd::kWavFormatIndex) {
-    const auto& disc = Disc();
+double RipWholeDisc(int speed, int formatIndex = audiocd::kWavFormatIndex,
+                    const discgen::DiscDescription& disc = Disc()) {
     scsi::imagedrive::clsImageDrive drive;
     const auto handle = drive.AddDrive(disc.cuePath.string());
     if (!handle.ok())
@@ -92,7 +105,7 @@ double RipWholeDisc(int speed, int formatIndex = audiocd::kWavFormatIndex) {
     const auto start = Clock::now();
     audiocd::EncodeFn encoder;
     if (formatIndex != audiocd::kWavFormatIndex)
-        encoder = encode::MakeRipEncoder(params, std::nullopt, {});
+        encoder = encode::MakeRipEncoder(params, std::nullopt);
     audiocd::RunRipJob(drive, params, {}, rowText, encoder);
     const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
     fs::remove_all(target);
@@ -164,13 +177,94 @@ void BM_ReadOnlyAt48x(benchmark::State& state) {
 }
 BENCHMARK(BM_ReadOnlyAt48x)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
 
-// Ripping and encoding to MP3 at 48x: each track is read whole into memory, then encoded
-// while the drive waits, so the encoder's time adds to the reading time.
+// Ripping and encoding to MP3 at 48x: the encoder works on each track while the drive reads
+// it, and finishes it while the next one is read.
 void BM_RipEncodeMp3At48x(benchmark::State& state) {
     Measure(
         state, [] { return RipWholeDisc(kEmulatedSpeed, 0); }, true);
 }
 BENCHMARK(BM_RipEncodeMp3At48x)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
+
+// One encoder for the whole disc's audio: each track read into memory (not timed), then
+// converted to MP3 on its own.
+double EncodeWholeDiscOnce() {
+    const auto& disc = Disc();
+    scsi::imagedrive::clsImageDrive drive;
+    const auto handle = drive.AddDrive(disc.cuePath.string());
+    if (!handle.ok())
+        std::abort();
+    const fs::path target = BenchFolder() / "one";
+    fs::create_directories(target);
+    double seconds = 0;
+    for (const auto& track : disc.tracks) {
+        const auto image = audiocd::RipTrackToMemory(drive, handle.Value(),
+                                                     static_cast<int16_t>(track.number), {});
+        if (!image)
+            std::abort();
+        const auto start = Clock::now();
+        if (!encode::ConvertAudioStream(*image, "audio/wav", (target / "T").string(), 0, {}, {}))
+            std::abort();
+        seconds += std::chrono::duration<double>(Clock::now() - start).count();
+    }
+    fs::remove_all(target);
+    return seconds;
+}
+
+void BM_RipEncodeMp3Unlimited(benchmark::State& state) {
+    Disc();
+    double seconds = 0;
+    int iterations = 0;
+    for (auto _ : state) {
+        const double taken = RipWholeDisc(0, 0);
+        state.SetIterationTime(taken);
+        seconds += taken;
+        ++iterations;
+    }
+    state.counters["vs_one_encoder"] = seconds / iterations / EncodeWholeDiscOnce();
+    Report(state, seconds, iterations);
+}
+BENCHMARK(BM_RipEncodeMp3Unlimited)->Iterations(1)->UseManualTime()->Unit(benchmark::kSecond);
+
+constexpr int kLongTrackMinutes = 40;
+
+// One track of 40 minutes, written once per run.
+const discgen::DiscDescription& LongTrackDisc() {
+    static const discgen::DiscDescription disc = [] {
+        discgen::DiscSpec spec = discgen::Large(kLongTrackMinutes);
+        spec.tracks.resize(1);
+        spec.tracks[0].sectors = kLongTrackMinutes * 60 * 75;
+        return WriteOrAbort(spec, "long");
+    }();
+    return disc;
+}
+
+// The long track ripped to the format in a child process; its peak resident bytes.
+double ChildPeakBytes(int formatIndex) {
+    const auto& disc = LongTrackDisc();
+    const pid_t child = fork();
+    if (child < 0)
+        std::abort();
+    if (child == 0) {
+        RipWholeDisc(0, formatIndex, disc);
+        _exit(0);
+    }
+    int status = 0;
+    rusage usage{};
+    if (wait4(child, &status, 0, &usage) != child || !WIFEXITED(status) || WEXITSTATUS(status) != 0)
+        std::abort();
+    return static_cast<double>(usage.ru_maxrss) * 1024.0;
+}
+
+void BM_RipPeakMemory(benchmark::State& state) {
+    const auto formatIndex = static_cast<int>(state.range(0));
+    double peak = 0;
+    for (auto _ : state)
+        peak = ChildPeakBytes(formatIndex);
+    const double pcm = kLongTrackMinutes * 60.0 * 176400.0;
+    state.counters["peak_MB"] = peak / 1e6;
+    state.counters["peak_vs_pcm"] = peak / pcm;
+}
+BENCHMARK(BM_RipPeakMemory)->DenseRange(0, 6)->Iterations(1)->Unit(benchmark::kSecond);
 
 void BM_RipDiscUnlimited(benchmark::State& state) {
     Measure(

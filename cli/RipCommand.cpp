@@ -5,6 +5,7 @@
 #include <charconv>
 #include <csignal>
 #include <filesystem>
+#include <optional>
 #include <ostream>
 #include <set>
 
@@ -160,22 +161,32 @@ int RunRipCommand(const CliArgs& args, std::ostream& out, std::ostream& err, boo
         failed = true;
     };
     hooks.aborted = [] { return interrupted.load(); };
+    const auto labelOf = [&p](size_t row) {
+        return "Track " + audiocd::NumberText(p.rows[row].trackNumber);
+    };
+    // A track's result may come while the next one is read: its line goes out, then the bar
+    // of the track being read starts again.
+    std::optional<size_t> reading;
     const auto rowText = [&](size_t row, const std::string& text) {
-        const std::string label = "Track " + audiocd::NumberText(p.rows[row].trackNumber);
         if (text == audiocd::kTextWriting) {
-            bar.Begin(label);
+            bar.Begin(labelOf(row));
+            reading = row;
             return;
         }
         if (text == audiocd::kTextTrackFailed || text == audiocd::kTextAborted)
             failed = true;
-        bar.Finish(label + ": " + text);
+        bar.Finish(labelOf(row) + ": " + text);
+        if (reading && *reading != row)
+            bar.Begin(labelOf(*reading));
+        else
+            reading.reset();
     };
 
     interrupted = false;
     const auto previous = std::signal(SIGINT, OnInterrupt);
     audiocd::EncodeFn encoder;
     if (p.formatIndex != encode::kWavFormat)
-        encoder = encode::MakeRipEncoder(p, audiocd::ReadCdText(transport, p.handle), hooks);
+        encoder = encode::MakeRipEncoder(p, audiocd::ReadCdText(transport, p.handle));
     const audiocd::RipJobResult result = audiocd::RunRipJob(transport, p, hooks, rowText, encoder);
     std::signal(SIGINT, previous);
     return result.aborted || failed ? kExitFailed : kExitDone;

@@ -78,4 +78,22 @@ bool ConvertAudioStream(std::span<const uint8_t> wav, const std::string& content
     }
 }
 
+bool EncodeStream(audiocd::ByteQueue& queue, const std::string& basePath, int formatIndex,
+                  const AudioTags& tags, const std::atomic<bool>& stop) noexcept {
+    bool written = false;
+    try {
+        QuietLibraries();
+        const OutputFormat& format = EncodedFormatAt(formatIndex);
+        std::atomic<int> progress{0};
+        if (auto input = MemoryInput::OpenStream(queue, "audio/wav")) {
+            Transcoder transcoder(*input, format, stop, progress);
+            written = transcoder.Run(basePath + std::string(format.extension), tags);
+        }
+    } catch (...) {
+        written = false;
+    }
+    queue.Close();
+    return written;
+}
+
 }  // namespace plattmix::encode

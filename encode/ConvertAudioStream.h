@@ -3,10 +3,13 @@
 // it every 50 ms and yields in between, so the window stays alive and "Abbrechen" reaches it.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <span>
 #include <string>
+
+#include "ByteQueue.h"
 
 namespace plattmix::encode {
 
@@ -34,5 +37,12 @@ struct ConvertHooks {
 bool ConvertAudioStream(std::span<const uint8_t> wav, const std::string& contentType,
                         const std::string& basePath, int formatIndex, const AudioTags& tags,
                         const ConvertHooks& hooks);
+
+// The same for a WAV stream arriving through queue while the drive reads it, on the calling
+// thread: the demuxer reads it front to back, stop is read before every packet. Closes the queue
+// when it ends, so a writer waiting for room stops waiting. True when the file was written
+// whole; otherwise no file stays.
+bool EncodeStream(audiocd::ByteQueue& queue, const std::string& basePath, int formatIndex,
+                  const AudioTags& tags, const std::atomic<bool>& stop) noexcept;
 
 }  // namespace plattmix::encode

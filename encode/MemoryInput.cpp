@@ -24,38 +24,53 @@ std::unique_ptr<MemoryInput> MemoryInput::Open(std::span<const uint8_t> image,
     const AVInputFormat* demuxer = DemuxerForContentType(contentType);
     if (demuxer == nullptr || image.empty())
         return nullptr;
+    std::unique_ptr<MemoryInput> input(new MemoryInput(image, nullptr));
+    return input->Attach(demuxer) ? std::move(input) : nullptr;
+}
 
-    std::unique_ptr<MemoryInput> input(new MemoryInput(image));
+std::unique_ptr<MemoryInput> MemoryInput::OpenStream(audiocd::ByteQueue& queue,
+                                                     const std::string& contentType) {
+    const AVInputFormat* demuxer = DemuxerForContentType(contentType);
+    if (demuxer == nullptr)
+        return nullptr;
+    std::unique_ptr<MemoryInput> input(new MemoryInput({}, &queue));
+    return input->Attach(demuxer) ? std::move(input) : nullptr;
+}
+
+bool MemoryInput::Attach(const AVInputFormat* demuxer) {
     auto* buffer = static_cast<unsigned char*>(av_malloc(kIoBufferBytes));
     if (buffer == nullptr)
-        return nullptr;
-    input->io_ = avio_alloc_context(buffer, kIoBufferBytes, 0, input.get(), &MemoryInput::Read,
-                                    nullptr, &MemoryInput::Seek);
-    if (input->io_ == nullptr) {
+        return false;
+    // A stream has no seek: the demuxer then reads the header and goes straight on.
+    io_ = queue_ != nullptr ? avio_alloc_context(buffer, kIoBufferBytes, 0, this,
+                                                 &MemoryInput::ReadQueue, nullptr, nullptr)
+                            : avio_alloc_context(buffer, kIoBufferBytes, 0, this,
+                                                 &MemoryInput::Read, nullptr, &MemoryInput::Seek);
+    if (io_ == nullptr) {
         av_free(buffer);
-        return nullptr;
+        return false;
     }
 
     AVFormatContext* format = avformat_alloc_context();
     if (format == nullptr)
-        return nullptr;
-    format->pb = input->io_;
+        return false;
+    format->pb = io_;
     format->flags |= AVFMT_FLAG_CUSTOM_IO;
     // On failure avformat_open_input frees the context itself.
     if (avformat_open_input(&format, nullptr, demuxer, nullptr) < 0)
-        return nullptr;
-    input->format_.reset(format);
+        return false;
+    format_.reset(format);
     if (avformat_find_stream_info(format, nullptr) < 0)
-        return nullptr;
+        return false;
 
     const int audio = av_find_best_stream(format, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
     if (audio < 0)
-        return nullptr;
+        return false;
     const AVCodecParameters* parameters = format->streams[audio]->codecpar;
     if (parameters->sample_rate <= 0 || parameters->ch_layout.nb_channels <= 0)
-        return nullptr;
-    input->audioIndex_ = static_cast<unsigned>(audio);
-    return input;
+        return false;
+    audioIndex_ = static_cast<unsigned>(audio);
+    return true;
 }
 
 MemoryInput::~MemoryInput() {
@@ -77,6 +92,16 @@ int MemoryInput::Read(void* opaque, uint8_t* buffer, int size) {
     std::memcpy(buffer, self->image_.data() + self->position_, count);
     self->position_ += count;
     return static_cast<int>(count);
+}
+
+int MemoryInput::ReadQueue(void* opaque, uint8_t* buffer, int size) {
+    auto* self = static_cast<MemoryInput*>(opaque);
+    if (size <= 0)
+        return 0;
+    const long count = self->queue_->Pop(buffer, static_cast<size_t>(size));
+    if (count < 0)
+        return AVERROR_EXIT;  // the track's reading was given up
+    return count == 0 ? AVERROR_EOF : static_cast<int>(count);
 }
 
 int64_t MemoryInput::Seek(void* opaque, int64_t offset, int whence) {

@@ -1,15 +1,21 @@
 #include "RipEncoder.h"
 
+#include <atomic>
+#include <future>
+#include <memory>
+#include <thread>
+
 #include "ConvertAudioStream.h"
 #include "OutputFormats.h"
 #include "RipTrack.h"
 
 namespace plattmix::encode {
 
+using audiocd::ByteQueue;
 using audiocd::CdText;
 using audiocd::EncodeFn;
-using audiocd::JobHooks;
 using audiocd::RipJobParams;
+using audiocd::TrackEncode;
 
 namespace {
 
@@ -33,22 +39,58 @@ AudioTags TagsFor(const RipJobParams& params, const std::optional<CdText>& cdTex
     return tags;
 }
 
+// One track's encoder on its own thread, fed through a bounded queue.
+class StreamingTrack final : public TrackEncode {
+  public:
+    StreamingTrack(const std::string& basePath, std::string doneText, int formatIndex,
+                   const AudioTags& tags)
+        : doneText_(std::move(doneText)) {
+        std::packaged_task<bool()> job([this, basePath, formatIndex, tags] {
+            return EncodeStream(queue_, basePath, formatIndex, tags, stop_);
+        });
+        result_ = job.get_future();
+        worker_ = std::jthread(std::move(job));
+    }
+    ~StreamingTrack() override { Cancel(); }
+    StreamingTrack(const StreamingTrack&) = delete;
+    StreamingTrack& operator=(const StreamingTrack&) = delete;
+
+    ByteQueue::PushResult Push(std::span<const uint8_t> bytes,
+                               std::chrono::milliseconds wait) override {
+        return queue_.Push(bytes, wait);
+    }
+    void Finish() override { queue_.Finish(); }
+    void Cancel() override {
+        stop_.store(true);
+        queue_.Abort();
+    }
+    bool WaitFor(std::chrono::milliseconds wait) override {
+        return result_.wait_for(wait) == std::future_status::ready;
+    }
+    std::string Result() override {
+        return result_.get() && !stop_.load() ? doneText_ : std::string(audiocd::kTextTrackFailed);
+    }
+
+  private:
+    // Enough for the encoder to work on while the next blocks are read, small beside a track.
+    static constexpr size_t kQueueBytes = 4 * 1024 * 1024;
+
+    ByteQueue queue_{kQueueBytes};
+    std::atomic<bool> stop_{false};
+    std::string doneText_;
+    std::shared_future<bool> result_;
+    std::jthread worker_;  // last: joined before the queue goes
+};
+
 }  // namespace
 
-EncodeFn MakeRipEncoder(const RipJobParams& params, const std::optional<CdText>& cdText,
-                        const JobHooks& hooks) {
-    return [params, cdText, hooks](const std::vector<uint8_t>& wav, const std::string& basePath,
-                                   const std::string& fileName, size_t row) {
-        ConvertHooks convert;
-        convert.yield = hooks.yield;
-        convert.aborted = hooks.aborted;
-        convert.progress = hooks.progress;
-        const bool done = ConvertAudioStream(wav, "audio/wav", basePath, params.formatIndex,
-                                             TagsFor(params, cdText, row), convert);
-        // A conversion stopped by the user is an abort, not a failure.
-        if (!done)
-            return std::string(hooks.Aborted() ? audiocd::kTextAborted : audiocd::kTextTrackFailed);
-        return fileName + std::string(FormatAt(params.formatIndex).extension) + audiocd::kTextDone;
+EncodeFn MakeRipEncoder(const RipJobParams& params, const std::optional<CdText>& cdText) {
+    return [params, cdText](const std::string& basePath, const std::string& fileName,
+                            size_t row) -> std::unique_ptr<TrackEncode> {
+        const std::string done =
+            fileName + std::string(FormatAt(params.formatIndex).extension) + audiocd::kTextDone;
+        return std::make_unique<StreamingTrack>(basePath, done, params.formatIndex,
+                                                TagsFor(params, cdText, row));
     };
 }
 

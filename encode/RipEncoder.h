@@ -1,5 +1,6 @@
-// The encoder the rip job hands every non-WAV track to: the WAV image through the transcoding
-// pipeline into the chosen format, tagged with the track number and the disc's CD-Text.
+// The encoder the rip job hands every non-WAV track to: the WAV stream, as the drive delivers
+// it, through the transcoding pipeline on a thread of its own into the chosen format, tagged
+// with the track number and the disc's CD-Text.
 #pragma once
 
 #include <optional>
@@ -10,10 +11,8 @@
 
 namespace plattmix::encode {
 
-// The row's text is fileName + the format's extension + " -->Fertig", "Abbruch" when the
-// user stopped the conversion, or "XXX Fehler!".
+// The row's text is fileName + the format's extension + " -->Fertig", or "XXX Fehler!".
 audiocd::EncodeFn MakeRipEncoder(const audiocd::RipJobParams& params,
-                                 const std::optional<audiocd::CdText>& cdText,
-                                 const audiocd::JobHooks& hooks);
+                                 const std::optional<audiocd::CdText>& cdText);
 
 }  // namespace plattmix::encode

@@ -285,8 +285,7 @@ void frmMain::RipAudioTracks(const std::string& prefix, const std::string& targe
     // Other formats go through the encoder, tagged with the disc's CD-Text where it has one.
     audiocd::EncodeFn encoder;
     if (params.formatIndex != audiocd::kWavFormatIndex) {
-        encoder =
-            encode::MakeRipEncoder(params, audiocd::ReadCdText(*transport_, params.handle), hooks);
+        encoder = encode::MakeRipEncoder(params, audiocd::ReadCdText(*transport_, params.handle));
     }
     audiocd::RunRipJob(*transport_, params, hooks, rowText, encoder);
 }

@@ -117,24 +117,41 @@ TEST(RunRipJob, NamesFilesByRunningOrTrackNumberAndReportsEachRow) {
     }
 }
 
-TEST(RunRipJob, OtherFormatsGoThroughTheEncoderWithTheWavImage) {
+TEST(RunRipJob, OtherFormatsStreamTheWavImageToTheEncoder) {
     JobRig rig;
     ASSERT_TRUE(LoadFiveTracks(rig, {2, 4}));
     rig.params.formatIndex = 0;
     std::vector<std::string> bases;
-    const audiocd::EncodeFn encode = [&bases](const std::vector<uint8_t>& wav,
-                                              const std::string& basePath, const std::string& name,
-                                              size_t) {
+    std::vector<size_t> streamed;  // bytes each encoder was handed
+    // Takes the stream and reports the file as written.
+    struct Counting : audiocd::TrackEncode {
+        size_t& bytes;
+        std::string text;
+        Counting(size_t& b, std::string t) : bytes(b), text(std::move(t)) {}
+        audiocd::ByteQueue::PushResult Push(std::span<const uint8_t> b,
+                                            std::chrono::milliseconds) override {
+            bytes += b.size();
+            return audiocd::ByteQueue::PushResult::Taken;
+        }
+        void Finish() override {}
+        void Cancel() override {}
+        bool WaitFor(std::chrono::milliseconds) override { return true; }
+        std::string Result() override { return text; }
+    };
+    streamed.reserve(2);
+    const audiocd::EncodeFn encode = [&](const std::string& basePath, const std::string& name,
+                                         size_t) -> std::unique_ptr<audiocd::TrackEncode> {
         bases.push_back(basePath);
-        // Header, then 39 sectors: the track's 40 less the one before the next track.
-        EXPECT_EQ(wav.size(), 44u + 39u * 2352u);
-        return name + ".mp3 -->Fertig";
+        streamed.push_back(0);
+        return std::make_unique<Counting>(streamed.back(), name + ".mp3 -->Fertig");
     };
     audiocd::RunRipJob(rig.drive, rig.params, {}, rig.RowText(), encode);
     EXPECT_EQ(bases, (std::vector<std::string>{rig.params.targetFolder + "Track01",
                                                rig.params.targetFolder + "Track02"}));
     EXPECT_EQ(rig.LastText(1), "Track01.mp3 -->Fertig");
     EXPECT_EQ(rig.LastText(3), "Track02.mp3 -->Fertig");
+    // Header, then 39 sectors: the track's 40 less the one before the next track.
+    EXPECT_EQ(streamed, (std::vector<size_t>{44u + 39u * 2352u, 44u + 39u * 2352u}));
     EXPECT_TRUE(rig.Files().empty());  // the encoder writes; the job itself does not
 
     // Without an encoder each row fails; a read error leaves "Schreibe..." and a message.

@@ -1,0 +1,168 @@
+// Ripping to a compressed format through the whole job with the real encoder: the files written
+// while the drive reads are byte for byte those of a track read whole into memory and then
+// converted; a read error or a stop while encoders still run leaves the rows and files right.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "ConvertAudioStream.h"
+#include "DiscWriter.h"
+#include "Fixtures.h"
+#include "OutputFormats.h"
+#include "RipEncoder.h"
+#include "RipJob.h"
+#include "RipTrack.h"
+#include "common/ScratchFolder.h"
+#include "imagedrive/clsImageDrive.h"
+
+using namespace plattmix;
+namespace fs = std::filesystem;
+
+namespace {
+
+using RowEvent = std::pair<size_t, std::string>;
+constexpr int kMp2 = 2;
+
+std::vector<char> Bytes(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+// A disc in the image drive, every row checked, the job's row texts and warnings as they came,
+// each noted with the thread that reported it.
+struct StreamRig {
+    fs::path folder;
+    int trackCount = 0;
+    scsi::imagedrive::clsImageDrive drive;
+    audiocd::RipJobParams params;
+    std::vector<RowEvent> events;
+    std::vector<std::string> warnings;
+    bool otherThread = false;
+    audiocd::JobHooks hooks;
+
+    void Load(const discgen::DiscSpec& spec, int formatIndex, const std::string& name) {
+        folder = test::FreshFolder("ripstream", name);
+        const auto written = discgen::WriteDisc(spec, folder / "disc");
+        ASSERT_TRUE(written.ok()) << written.error;
+        const auto handle = drive.AddDrive(written.value->cuePath.string());
+        ASSERT_TRUE(handle.ok()) << handle.Error();
+        trackCount = static_cast<int>(spec.tracks.size());
+        fs::create_directories(folder / "job");
+        params.handle = handle.Value();
+        params.targetFolder = (folder / "job").string() + "/";
+        params.namePrefix = "Track";
+        params.formatIndex = formatIndex;
+        for (int number = 1; number <= trackCount; ++number)
+            params.rows.push_back({number, true});
+        hooks.warn = [this](const std::string& text) { warnings.push_back(text); };
+    }
+    audiocd::RipJobResult Run() {
+        const auto caller = std::this_thread::get_id();
+        const auto rowText = [this, caller](size_t row, const std::string& text) {
+            otherThread = otherThread || std::this_thread::get_id() != caller;
+            events.emplace_back(row, text);
+        };
+        return audiocd::RunRipJob(drive, params, hooks, rowText,
+                                  encode::MakeRipEncoder(params, std::nullopt));
+    }
+    // The results in the order they came, without the "Schreibe...".
+    std::vector<RowEvent> Results() const {
+        std::vector<RowEvent> results;
+        std::copy_if(events.begin(), events.end(), std::back_inserter(results),
+                     [](const RowEvent& e) { return e.second != audiocd::kTextWriting; });
+        return results;
+    }
+    std::vector<std::string> Files() const {
+        std::vector<std::string> names;
+        for (const auto& entry : fs::directory_iterator(folder / "job"))
+            names.push_back(entry.path().filename().string());
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+    // The track read whole into memory and converted: what the job's file must hold.
+    std::vector<char> Reference(int number) {
+        const auto image =
+            audiocd::RipTrackToMemory(drive, params.handle, static_cast<int16_t>(number), {});
+        if (!image)
+            return {};
+        encode::AudioTags tags;
+        tags.track = number;
+        tags.trackCount = trackCount;
+        const fs::path base = folder / ("Reference" + std::to_string(number));
+        if (!encode::ConvertAudioStream(*image, "audio/wav", base.string(), params.formatIndex,
+                                        tags, {}))
+            return {};
+        return Bytes(base.string() + std::string(encode::FormatAt(params.formatIndex).extension));
+    }
+    std::vector<char> Written(const std::string& name) const {
+        return Bytes(folder / "job" / name);
+    }
+};
+
+// Three tracks, each longer than the encoder's queue holds.
+discgen::DiscSpec ThreeLongTracks() {
+    discgen::DiscSpec spec = discgen::AudioThreeTracks();
+    for (auto& track : spec.tracks)
+        track.sectors = 3000;
+    return spec;
+}
+
+class RipStream : public ::testing::TestWithParam<int> {};
+
+}  // namespace
+
+TEST_P(RipStream, FilesEqualThoseOfTheWholeImage) {
+    StreamRig rig;
+    discgen::DiscSpec spec = discgen::AudioThreeTracks();
+    spec.tracks.push_back(discgen::ExactBlockMultiple().tracks.front());
+    rig.Load(spec, GetParam(), std::to_string(GetParam()));
+    ASSERT_FALSE(rig.Run().aborted);
+    EXPECT_FALSE(rig.otherThread);
+    const std::string extension(encode::FormatAt(GetParam()).extension);
+    for (int number = 1; number <= rig.trackCount; ++number) {
+        SCOPED_TRACE(number);
+        const auto expected = rig.Reference(number);
+        ASSERT_FALSE(expected.empty());
+        EXPECT_TRUE(rig.Written("Track" + audiocd::NumberText(number) + extension) == expected);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryFormat, RipStream, ::testing::Values(0, 1, 2, 3, 4, 5));
+
+TEST(RipStreamJob, ReadErrorDropsOnlyThatTracksFileAndResultsComeInTrackOrder) {
+    StreamRig rig;
+    rig.Load(ThreeLongTracks(), kMp2, "readerror");
+    rig.drive.AddReadError(rig.params.handle, 4500, 1);  // inside the second track
+    EXPECT_FALSE(rig.Run().aborted);
+    EXPECT_FALSE(rig.otherThread);
+    EXPECT_EQ(rig.warnings, std::vector<std::string>{"Lesefehler in Range 4485 - 4512."});
+    const std::vector<RowEvent> results = {{0, "Track01.mp2 -->Fertig"},
+                                           {2, "Track03.mp2 -->Fertig"}};
+    EXPECT_EQ(rig.Results(), results);
+    EXPECT_EQ(rig.Files(), (std::vector<std::string>{"Track01.mp2", "Track03.mp2"}));
+    EXPECT_TRUE(rig.Written("Track03.mp2") == rig.Reference(3));
+}
+
+TEST(RipStreamJob, StopAfterATrackWasReadLetsItsEncoderFinish) {
+    StreamRig rig;
+    rig.Load(ThreeLongTracks(), kMp2, "stop");
+    bool stop = false;
+    rig.hooks.yield = [&] {
+        stop = stop ||
+               (!rig.events.empty() && rig.events.back() == RowEvent{1, audiocd::kTextWriting});
+    };
+    rig.hooks.aborted = [&stop] { return stop; };
+    const auto result = rig.Run();
+    EXPECT_TRUE(result.aborted);
+    const std::vector<RowEvent> results = {{0, "Track01.mp2 -->Fertig"}, {1, "Abbruch"}};
+    EXPECT_EQ(rig.Results(), results);
+    EXPECT_EQ(rig.Files(), std::vector<std::string>{"Track01.mp2"});
+    EXPECT_TRUE(rig.Written("Track01.mp2") == rig.Reference(1));
+}
