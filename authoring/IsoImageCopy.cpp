@@ -15,16 +15,11 @@ namespace plattmix::authoring {
 
 namespace {
 
-// What the kernel gets per write(): fewer, larger writes than the 128 KiB progress unit.
-constexpr size_t kIsoWriteBlock = size_t{2} << 20;
-
 // The image file being written; closes on every way out.
 class OutputFile {
   public:
     explicit OutputFile(const std::string& path)
-        : path_(path), fd_(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644)) {
-        pending_.reserve(kIsoWriteBlock);
-    }
+        : path_(path), fd_(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644)) {}
     ~OutputFile() {
         if (fd_ >= 0)
             close(fd_);
@@ -35,32 +30,25 @@ class OutputFile {
 
     bool ok() const { return fd_ >= 0; }
 
-    // Collects the chunks and hands the kernel kIsoWriteBlock bytes at a time; each block's
-    // writeback starts at once, so the closing fsync finds little left to flush.
-    // 0 when the data was taken (or written), the errno otherwise.
+    // 0 when all of data was written, the errno otherwise.
     int Write(const unsigned char* data, size_t size) {
-        pending_.insert(pending_.end(), data, data + size);
-        return pending_.size() >= kIsoWriteBlock ? Flush() : 0;
-    }
-
-    // 0 when everything collected was written, the errno otherwise.
-    int Flush() {
-        if (pending_.empty())
-            return 0;
-        if (const int error = WriteAll(pending_.data(), pending_.size()))
-            return error;
-        // Fails on pipes and some devices; the closing fsync still covers the data then.
-        sync_file_range(fd_, written_, static_cast<off_t>(pending_.size()), SYNC_FILE_RANGE_WRITE);
-        written_ += static_cast<off_t>(pending_.size());
-        pending_.clear();
+        while (size > 0) {
+            const ssize_t n = write(fd_, data, size);
+            if (n < 0 && errno == EINTR)
+                continue;
+            if (n <= 0)
+                return n < 0 ? errno : EIO;
+            data += n;
+            size -= static_cast<size_t>(n);
+        }
         return 0;
     }
 
     // 0 when the data reached the disk and the file was closed, the errno otherwise. Devices
     // that cannot sync (EINVAL: /dev/null, a pipe) count as synced.
     int SyncAndClose() {
-        int error = Flush();
-        if (fsync(fd_) != 0 && errno != EINVAL && errno != EROFS && error == 0)
+        int error = 0;
+        if (fsync(fd_) != 0 && errno != EINVAL && errno != EROFS)
             error = errno;
         if (close(fd_) != 0 && error == 0)
             error = errno;
@@ -79,23 +67,8 @@ class OutputFile {
     }
 
   private:
-    int WriteAll(const unsigned char* data, size_t size) {
-        while (size > 0) {
-            const ssize_t n = write(fd_, data, size);
-            if (n < 0 && errno == EINTR)
-                continue;
-            if (n <= 0)
-                return n < 0 ? errno : EIO;
-            data += n;
-            size -= static_cast<size_t>(n);
-        }
-        return 0;
-    }
-
     std::string path_;
     int fd_;
-    off_t written_ = 0;
-    std::vector<unsigned char> pending_;
 };
 
 bool Cancelled(const IsoJobHooks& hooks) {
