@@ -4,21 +4,21 @@
 // files (`tar -cf - TREE | cat > /dev/null`). Each iteration runs them one after the other, the
 // program first in one iteration and xorriso first in the next, so each pair sees the same
 // machine state. The tree is written and flushed to disk before the first iteration and read
-// once; before each run the kernel's dirty pages are written out (sync), so no run pays for the
-// one before.
+// once; before each run the previous image is removed and the kernel's dirty pages are written
+// out (sync), so no run pays for the one before.
 //
-// BM_ImageFile writes the images to the same disk as the tree and deletes them after each run.
-// The program flushes its image to disk (fsync) before it reports the image done; xorriso
-// leaves that to the kernel, so xorriso runs twice there: as it is, and followed by an fsync of
-// its image, which is the same work as ours. BM_ImageToDevNull sends both images to /dev/null:
-// the image making alone, without the file system's cost of taking 1.5 GiB.
+// BM_ImageFile writes the images to the same folder, on the same disk as the tree. The program
+// flushes its image to disk (fsync) before it reports the image done; xorriso leaves that to
+// the kernel, so its run there is xorriso followed by an fsync of its image: the same work as
+// ours. BM_ImageToDevNull sends both images to /dev/null: the image making alone, without the
+// file system's cost of taking 1.5 GiB.
 //
-// Counters: *_s are seconds per run (ours, xorriso, xorriso_synced, tar); vs_xorriso,
-// vs_xorriso_synced and vs_tar are ours over theirs, summed over the iterations (below 1.0:
-// faster); the same with _fastest compare the fastest run of each (on a shared or virtual
-// machine the runs scatter widely; the fastest is the least disturbed). ours_MBps is the tree's
-// bytes over our time. Without xorriso the benchmark says so in its label and reports the tar
-// ratios only.
+// Counters: *_s are the median seconds of the runs (ours, xorriso_fsync or xorriso, tar);
+// vs_xorriso_fsync (file), vs_xorriso (/dev/null) and vs_tar are our median over theirs (below
+// 1.0: faster); the same with _fastest compare the fastest run of each. On a shared or virtual
+// machine the runs scatter widely, so the median of 10 is the figure to read. ours_MBps is the
+// tree's bytes over our median. Without xorriso the benchmark says so in its label and reports
+// the tar ratios only.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <spawn.h>
@@ -155,13 +155,16 @@ int64_t Tree() {
     return bytes;
 }
 
-// The runs of one contestant: their sum and the fastest.
+// The runs of one contestant: their median and the fastest.
 struct Runs {
-    double sum = 0;
-    double fastest = 0;
-    void Add(double seconds) {
-        sum += seconds;
-        fastest = fastest == 0 ? seconds : std::min(fastest, seconds);
+    std::vector<double> seconds;
+    void Add(double taken) { seconds.push_back(taken); }
+    double Fastest() const { return *std::min_element(seconds.begin(), seconds.end()); }
+    double Median() const {
+        std::vector<double> sorted = seconds;
+        std::sort(sorted.begin(), sorted.end());
+        const size_t middle = sorted.size() / 2;
+        return sorted.size() % 2 != 0 ? sorted[middle] : (sorted[middle - 1] + sorted[middle]) / 2;
     }
 };
 
@@ -181,9 +184,8 @@ void Compare(benchmark::State& state, bool toFile) {
     for (auto _ : state) {
         std::map<std::string, double> seconds;
         const auto runXorriso = [&] {
-            seconds["xorriso"] = XorrisoOnce(theirImage, theirBytes, false);
-            if (toFile)
-                seconds["xorriso_synced"] = XorrisoOnce(theirImage, theirBytes, true);
+            seconds[toFile ? "xorriso_fsync" : "xorriso"] =
+                XorrisoOnce(theirImage, theirBytes, toFile);
         };
         if (xorriso && xorrisoFirst)
             runXorriso();
@@ -203,18 +205,17 @@ void Compare(benchmark::State& state, bool toFile) {
         }
         state.SetIterationTime(seconds["ours"]);
     }
-    const auto count = static_cast<double>(state.iterations());
-    if (count == 0 || !failed.empty())
+    if (state.iterations() == 0 || !failed.empty())
         return;
     const Runs& ours = runs["ours"];
     for (const auto& [name, theirs] : runs) {
-        state.counters[name + "_s"] = theirs.sum / count;
+        state.counters[name + "_s"] = theirs.Median();
         if (name == "ours")
             continue;
-        state.counters["vs_" + name] = ours.sum / theirs.sum;
-        state.counters["vs_" + name + "_fastest"] = ours.fastest / theirs.fastest;
+        state.counters["vs_" + name] = ours.Median() / theirs.Median();
+        state.counters["vs_" + name + "_fastest"] = ours.Fastest() / theirs.Fastest();
     }
-    state.counters["ours_MBps"] = static_cast<double>(treeBytes) / 1e6 / (ours.sum / count);
+    state.counters["ours_MBps"] = static_cast<double>(treeBytes) / 1e6 / ours.Median();
     if (toFile) {
         state.counters["ours_image_MB"] = static_cast<double>(oursBytes) / 1e6;
         if (xorriso)
