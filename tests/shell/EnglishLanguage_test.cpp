@@ -13,8 +13,7 @@
 namespace plattmix::shell {
 namespace {
 
-const std::filesystem::path kLanguages =
-    std::filesystem::path(__FILE__).parent_path().parent_path().parent_path() / "Languages";
+const std::filesystem::path kLanguages = std::filesystem::path(PLATTMIX_SOURCE_DIR) / "Languages";
 
 // Texts that read the same in English.
 const std::set<std::string> kSameInEnglish = {"Plattmix", "Play", "Stop", "Track", "Audio"};
