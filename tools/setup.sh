@@ -14,6 +14,8 @@ packages=(
     libsystemd-dev
     # the CD player's audio output
     libasound2-dev
+    # the online look-ups (AccurateRip, MusicBrainz): HTTP and JSON
+    libcurl4-openssl-dev nlohmann-json3-dev
     # the window: Qt 6 Widgets, Tahoma (Wine's metric-compatible one) and Arial's stand-in
     qt6-base-dev fonts-wine fonts-liberation2
     # the window's tests on a real X display, and checks of the installed desktop files
