@@ -26,6 +26,16 @@ ByteQueue::PushResult ByteQueue::Push(std::span<const uint8_t> bytes,
     return PushResult::Taken;
 }
 
+size_t ByteQueue::Room() {
+    const std::lock_guard lock(mutex_);
+    return ring_.size() - size_;
+}
+
+bool ByteQueue::WaitForRoom(size_t bytes, std::chrono::milliseconds wait) {
+    std::unique_lock lock(mutex_);
+    return changed_.wait_for(lock, wait, [&] { return closed_ || size_ + bytes <= ring_.size(); });
+}
+
 void ByteQueue::Finish() {
     const std::lock_guard lock(mutex_);
     finished_ = true;

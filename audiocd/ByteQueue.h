@@ -23,6 +23,11 @@ class ByteQueue {
     // at most wait; Full when the time ran out, Closed when the reader has gone.
     PushResult Push(std::span<const uint8_t> bytes, std::chrono::milliseconds wait);
 
+    // Bytes that fit now.
+    size_t Room();
+    // True once bytes fit (or the reader has gone), waiting at most wait.
+    bool WaitForRoom(size_t bytes, std::chrono::milliseconds wait);
+
     // The writer is done: the reader gets what is left, then the end.
     void Finish();
     // The writer gives up: the reader's next Pop answers -1.

@@ -4,14 +4,19 @@
 #include <cstdio>
 #include <deque>
 #include <memory>
+#include <optional>
 #include <thread>
 
 #include "RipTrack.h"
+#include "TrackReader.h"
 
 namespace plattmix::audiocd {
 namespace {
 
 constexpr auto kPollPeriod = std::chrono::milliseconds(50);
+constexpr auto kNoWait = std::chrono::milliseconds(0);
+// Reading changes to another track only when its queue has this much room.
+constexpr size_t kSwitchRoom = kStreamQueueBytes / 2;
 
 std::string FileName(const RipJobParams& params, const std::string& number) {
     return params.numberFirst ? number + params.namePrefix : params.namePrefix + number;
@@ -22,17 +27,33 @@ size_t EncoderLimit() {
     return std::max(1u, std::thread::hardware_concurrency());
 }
 
-// A track whose row has not had its result yet: read whole (or stopped), its encoder perhaps
-// still writing.
+// A track whose row has not had its result yet: being read, or read (or stopped) with its
+// encoder perhaps still writing.
 struct Pending {
     size_t row = 0;
+    std::optional<TrackReader> reader;  // while the track is being read
+    enum class Waiting { Nothing, Header, Block } waiting = Waiting::Nothing;  // not yet pushed
     std::unique_ptr<TrackEncode> encoder;  // nullptr: nothing to wait for
     enum class Show { EncoderResult, Text, Nothing } show = Show::EncoderResult;
     std::string text;  // for Show::Text
+
+    bool Reading() const { return reader.has_value(); }
+    bool Encoding() { return encoder && !encoder->WaitFor(kNoWait); }
+    std::span<const uint8_t> WaitingBytes() const {
+        if (waiting == Waiting::Header)
+            return reader->Header();
+        return waiting == Waiting::Block ? reader->Bytes() : std::span<const uint8_t>();
+    }
 };
 
 // The job on the caller's thread. Encoders run on their own threads; their results reach the
 // rows only from here, in track order, at the polling points.
+//
+// Compressed formats: a track is read for as long as its encoder takes the blocks. When its
+// encoder's queue is full (the drive is faster than the encoder), reading goes on with another
+// track being read whose queue has room, or starts the next checked track while an encoder slot
+// is free, or waits. So a drive slower than the encoders reads one track after the other, and a
+// fast one keeps every core encoding, changing tracks at most once per half a queue.
 class RipRun {
   public:
     RipRun(scsi::ISCSI& transport, const RipJobParams& params, const JobHooks& hooks,
@@ -51,15 +72,19 @@ class RipRun {
             rowText_(row, text);
     }
     void RipWav(size_t row, const std::string& name);
-    // Reads the row's track into a new encoder; false when the user stopped it.
-    bool RipConverted(size_t row, const std::string& name);
-    bool PushBlock(TrackEncode& encoder, std::span<const uint8_t> bytes);
+    void StartConverted(size_t row, const std::string& name);
+    // Reads on until a new track may start (or, with startNext false, until every track is
+    // read); false when the user stopped the job.
+    bool ReadOn(bool startNext);
+    Pending* Choose();
+    bool Step(Pending& track);
+    void EndReading(Pending& track, Pending::Show show, const std::string& text = {});
+    void StopReading();
     // Shows every result whose track and all earlier ones are complete.
     void Relay();
     size_t Running();
-    void WaitForSlot();
-    void WaitForAll();
     void PollOnce();
+    void WaitForAll();
 
     scsi::ISCSI& transport_;
     const RipJobParams& params_;
@@ -67,18 +92,24 @@ class RipRun {
     const RowTextFn& rowText_;
     const EncodeFn& encode_;
     std::deque<Pending> pending_;
+    Pending* current_ = nullptr;  // the track the drive reads now
 };
 
 RipJobResult RipRun::Run() {
     RipJobResult result;
+    const bool converted = params_.formatIndex != kWavFormatIndex;
     for (size_t row = 0; row < params_.rows.size(); ++row) {
         if (!params_.rows[row].checked)
             continue;
-        WaitForSlot();
+        if (converted && !ReadOn(true)) {
+            result.aborted = true;
+            break;
+        }
         SetText(row, kTextWriting);
         hooks_.Yield();
         // The window had its chance to take "Abbrechen", F9 or a close request.
         if (hooks_.Aborted()) {
+            StopReading();
             WaitForAll();
             SetText(row, kTextAborted);
             hooks_.Yield();
@@ -89,13 +120,13 @@ RipJobResult RipRun::Run() {
         const int number =
             params_.runningNumber ? result.filesStarted : params_.rows[row].trackNumber;
         const std::string name = FileName(params_, NumberText(number));
-        if (params_.formatIndex == kWavFormatIndex) {
+        if (converted)
+            StartConverted(row, name);
+        else
             RipWav(row, name);
-        } else if (!RipConverted(row, name)) {
-            result.aborted = true;
-            break;
-        }
     }
+    if (converted && !result.aborted && !ReadOn(false))
+        result.aborted = true;
     WaitForAll();
     return result;
 }
@@ -109,61 +140,138 @@ void RipRun::RipWav(size_t row, const std::string& name) {
         SetText(row, *text);
 }
 
-bool RipRun::RipConverted(size_t row, const std::string& name) {
-    const auto track = static_cast<int16_t>(row + 1);
-    Pending done;
-    done.row = row;
-    bool stopped = false;
-    const BlockSink sink = [&](std::span<const uint8_t> bytes) {
-        if (!encode_)
-            return true;  // read as usual; the row fails afterwards
-        if (!done.encoder) {
-            done.encoder = encode_(params_.targetFolder + name, name, row);
-            if (!done.encoder)
-                return false;
-        }
-        stopped = hooks_.Aborted();
-        return !stopped && PushBlock(*done.encoder, bytes);
-    };
-    const StreamEnd end = RipTrackToSink(transport_, params_.handle, track, hooks_, sink);
-    if (end == StreamEnd::NotStarted)
-        return true;
-    if (end == StreamEnd::ReadFailed || stopped) {
-        if (done.encoder)
-            done.encoder->Cancel();
-        done.show = stopped ? Pending::Show::Text : Pending::Show::Nothing;
-        done.text = kTextAborted;
-    } else if (!done.encoder) {
-        done.show = Pending::Show::Text;
-        done.text = kTextTrackFailed;
-    } else if (end == StreamEnd::Complete) {
-        done.encoder->Finish();
-    }
-    pending_.push_back(std::move(done));
-    Relay();
+// A track whose bounds cannot be had keeps its "Schreibe..." (the user was told why).
+void RipRun::StartConverted(size_t row, const std::string& name) {
+    hooks_.Progress(0);
     hooks_.Yield();
-    return !stopped;
+    auto reader =
+        TrackReader::Open(transport_, params_.handle, static_cast<int16_t>(row + 1), hooks_);
+    if (!reader)
+        return;
+    Pending& track = pending_.emplace_back();
+    track.row = row;
+    track.reader.emplace(std::move(*reader));
+    track.waiting = Pending::Waiting::Header;
+    if (encode_) {
+        track.encoder = encode_(params_.targetFolder + name, name, row);
+        if (!track.encoder)
+            EndReading(track, Pending::Show::Text, kTextTrackFailed);
+    }
+    current_ = track.Reading() ? &track : current_;
 }
 
-bool RipRun::PushBlock(TrackEncode& encoder, std::span<const uint8_t> bytes) {
+bool RipRun::ReadOn(bool startNext) {
     for (;;) {
-        switch (encoder.Push(bytes, kPollPeriod)) {
-            case ByteQueue::PushResult::Taken:
+        Relay();
+        Pending* track = Choose();
+        if (track == nullptr) {
+            const bool reading = std::any_of(pending_.begin(), pending_.end(),
+                                             [](const Pending& p) { return p.Reading(); });
+            if (!reading || (startNext && Running() < EncoderLimit()))
                 return true;
-            case ByteQueue::PushResult::Closed:
-                return false;
-            case ByteQueue::PushResult::Full:
-                Relay();
-                hooks_.Yield();
-                break;
+            PollOnce();
+            continue;
+        }
+        if (!Step(*track))
+            return false;
+    }
+}
+
+// The track to read on: the current one while its encoder takes blocks, else the one being
+// read with the most room for them, if that is half a queue at least.
+Pending* RipRun::Choose() {
+    if (current_ != nullptr && current_->Reading()) {
+        const auto bytes = current_->WaitingBytes();
+        if (!current_->encoder || current_->encoder->Room() >= bytes.size())
+            return current_;
+    }
+    Pending* best = nullptr;
+    size_t bestRoom = kSwitchRoom;
+    for (Pending& p : pending_) {
+        if (!p.Reading())
+            continue;
+        const size_t room = p.encoder ? p.encoder->Room() : SIZE_MAX;
+        if (room >= bestRoom) {
+            best = &p;
+            bestRoom = room;
         }
     }
+    current_ = best;
+    return best;
+}
+
+// Hands the waiting bytes to the encoder and reads the next block; false when the user stopped.
+bool RipRun::Step(Pending& track) {
+    if (hooks_.Aborted()) {
+        StopReading();
+        return false;
+    }
+    if (track.encoder) {
+        switch (track.encoder->Push(track.WaitingBytes(), kNoWait)) {
+            case ByteQueue::PushResult::Taken:
+                break;
+            case ByteQueue::PushResult::Full:
+                return true;  // chosen for its room, so not expected: tried again
+            case ByteQueue::PushResult::Closed:
+                EndReading(track, Pending::Show::EncoderResult);  // the encoder failed
+                return true;
+        }
+    }
+    switch (track.reader->Next()) {
+        case TrackReader::Step::Block:
+            track.waiting = Pending::Waiting::Block;
+            break;
+        case TrackReader::Step::Remainder:
+            track.waiting = Pending::Waiting::Block;
+            return true;
+        case TrackReader::Step::Done:
+            if (track.encoder)
+                track.encoder->Finish();
+            EndReading(track, track.encoder ? Pending::Show::EncoderResult : Pending::Show::Text,
+                       kTextTrackFailed);
+            return true;
+        case TrackReader::Step::BlockFailed:
+        case TrackReader::Step::RemainderFailed:
+            hooks_.Warn(track.reader->FailureText());
+            if (track.encoder)
+                track.encoder->Cancel();
+            EndReading(track, Pending::Show::Nothing);
+            return true;
+    }
+    // The bar follows the oldest track still being read.
+    const auto oldest = std::find_if(pending_.begin(), pending_.end(),
+                                     [](const Pending& p) { return p.Reading(); });
+    hooks_.Progress(oldest->reader->Percent());
+    hooks_.Yield();
+    return true;
+}
+
+void RipRun::EndReading(Pending& track, Pending::Show show, const std::string& text) {
+    track.reader.reset();
+    track.waiting = Pending::Waiting::Nothing;
+    track.show = show;
+    track.text = text;
+    if (current_ == &track)
+        current_ = nullptr;
+}
+
+// The user's stop: every track being read is dropped and shows "Abbruch".
+void RipRun::StopReading() {
+    for (Pending& p : pending_) {
+        if (!p.Reading())
+            continue;
+        if (p.encoder)
+            p.encoder->Cancel();
+        EndReading(p, Pending::Show::Text, kTextAborted);
+    }
+    Relay();
+    hooks_.Yield();
 }
 
 void RipRun::Relay() {
     while (!pending_.empty()) {
         Pending& front = pending_.front();
-        if (front.encoder && !front.encoder->WaitFor(std::chrono::milliseconds(0)))
+        if (front.Reading() || front.Encoding())
             return;
         if (front.show == Pending::Show::EncoderResult)
             SetText(front.row, front.encoder->Result());
@@ -174,27 +282,25 @@ void RipRun::Relay() {
 }
 
 size_t RipRun::Running() {
-    return static_cast<size_t>(std::count_if(pending_.begin(), pending_.end(), [](Pending& p) {
-        return p.encoder && !p.encoder->WaitFor(std::chrono::milliseconds(0));
-    }));
+    return static_cast<size_t>(
+        std::count_if(pending_.begin(), pending_.end(), [](Pending& p) { return p.Encoding(); }));
 }
 
-// One poll: the first unfinished encoder gets up to 50 ms, then the window its turn.
+// One poll: the first track being read waits up to 50 ms for room to change to it, else the
+// first unfinished encoder gets as long to end; then the window has its turn.
 void RipRun::PollOnce() {
     for (Pending& p : pending_) {
-        if (p.encoder && !p.encoder->WaitFor(std::chrono::milliseconds(0))) {
+        if (p.Reading() && p.encoder) {
+            p.encoder->WaitForRoom(kSwitchRoom, kPollPeriod);
+            break;
+        }
+        if (p.Encoding()) {
             p.encoder->WaitFor(kPollPeriod);
             break;
         }
     }
     Relay();
     hooks_.Yield();
-}
-
-void RipRun::WaitForSlot() {
-    Relay();
-    while (Running() >= EncoderLimit())
-        PollOnce();
 }
 
 void RipRun::WaitForAll() {

@@ -12,75 +12,34 @@
 #include <span>
 #include <system_error>
 
-#include "ScsiStatus.h"
-#include "TrackBounds.h"
-#include "WavHeader.h"
-#include "modMMC.h"
-#include "modMSF.h"
+#include "TrackReader.h"
 
 namespace plattmix::audiocd {
 namespace {
 
-constexpr size_t kSectorBytes = static_cast<size_t>(modMSF::kAudioFrameBytes);
-constexpr size_t kBlockBytes = static_cast<size_t>(kRipBlockSectors) * kSectorBytes;
-
-// The table of contents with LBA addresses and the bounds of the track in it. The user is told
-// when the table cannot be read; bounds that cannot be worked out end the job quietly, as
-// nothing has been written yet.
-std::optional<TrackBounds> ReadBounds(scsi::ISCSI& transport, std::string& handle, int16_t track,
-                                      const JobHooks& hooks) {
-    std::array<uint8_t, modMMC::kTocReplyLength> reply{};
-    if (modMMC::ReadTOC(transport, handle, false, reply) != scsi::kStatusGood) {
-        hooks.Warn(kTextTocFailed);
-        return std::nullopt;
-    }
-    const auto toc = modMMC::ParseTOC(reply);
-    if (!toc)
-        return std::nullopt;
-    return ComputeTrackBounds(*toc, track);
-}
-
-int ProgressPercent(int32_t current, const TrackBounds& bounds) {
-    const double done = static_cast<double>(current) - bounds.firstLba;
-    const double total = static_cast<double>(bounds.lastLba) - bounds.firstLba;
-    return static_cast<int>(std::lround(done / total * 100.0));
-}
-
 // How the block loop ended.
 enum class ReadOutcome { Complete, BlockFailed, RemainderFailed, SinkFailed };
 
-struct ReadEnd {
-    ReadOutcome outcome = ReadOutcome::Complete;
-    int32_t from = 0;  // the failed request's first sector
-    int32_t to = 0;    // and the sector after its last
-};
-
-// READ CD from the first sector up to the one before lastLba: 27 sectors at a time with the
-// progress and a yield after each, then whatever is left in one request.
-ReadEnd ReadTrackBlocks(scsi::ISCSI& transport, std::string& handle, const TrackBounds& bounds,
-                        const JobHooks& hooks, const BlockSink& sink) {
-    std::vector<uint8_t> buffer(kBlockBytes);
-    int32_t current = bounds.firstLba;
-    while (static_cast<int64_t>(current) + kRipBlockSectors <= bounds.lastLba) {
-        if (modMMC::ReadCD(transport, handle, static_cast<uint32_t>(current), kRipBlockSectors,
-                           buffer, kReadCdAllFields) != scsi::kStatusGood)
-            return {ReadOutcome::BlockFailed, current, current + kRipBlockSectors};
-        if (!sink(buffer))
-            return {ReadOutcome::SinkFailed, current, current + kRipBlockSectors};
-        current += kRipBlockSectors;
-        hooks.Progress(ProgressPercent(current, bounds));
-        hooks.Yield();
+// Every block of the track into sink, with the progress and a yield after each full one.
+ReadOutcome ReadTrackBlocks(TrackReader& reader, const JobHooks& hooks, const BlockSink& sink) {
+    for (;;) {
+        switch (reader.Next()) {
+            case TrackReader::Step::Done:
+                return ReadOutcome::Complete;
+            case TrackReader::Step::BlockFailed:
+                return ReadOutcome::BlockFailed;
+            case TrackReader::Step::RemainderFailed:
+                return ReadOutcome::RemainderFailed;
+            case TrackReader::Step::Remainder:
+                return sink(reader.Bytes()) ? ReadOutcome::Complete : ReadOutcome::SinkFailed;
+            case TrackReader::Step::Block:
+                if (!sink(reader.Bytes()))
+                    return ReadOutcome::SinkFailed;
+                hooks.Progress(reader.Percent());
+                hooks.Yield();
+                break;
+        }
     }
-    const int32_t rest = bounds.lastLba - current;
-    if (rest <= 0)
-        return {};
-    buffer.resize(static_cast<size_t>(rest) * kSectorBytes);
-    if (modMMC::ReadCD(transport, handle, static_cast<uint32_t>(current),
-                       static_cast<uint32_t>(rest), buffer, kReadCdAllFields) != scsi::kStatusGood)
-        return {ReadOutcome::RemainderFailed, current, current + rest};
-    if (!sink(buffer))
-        return {ReadOutcome::SinkFailed, current, current + rest};
-    return {};
 }
 
 std::string SystemError(int error) {
@@ -138,74 +97,58 @@ class WavFile {
     std::string error_;
 };
 
-// What every extraction does first: progress 0 and a yield, the track's bounds from the table
-// of contents (the user is told when it cannot be read), and the WAV header for its size.
-struct TrackStart {
-    TrackBounds bounds;
-    WavHeaderBytes header;
-};
-std::optional<TrackStart> StartTrack(scsi::ISCSI& transport, std::string& handle, int16_t track,
-                                     const JobHooks& hooks) {
+// What every extraction does first: progress 0 and a yield, then the track's reader.
+std::optional<TrackReader> StartTrack(scsi::ISCSI& transport, std::string handle, int16_t track,
+                                      const JobHooks& hooks) {
     hooks.Progress(0);
     hooks.Yield();
-    const auto bounds = ReadBounds(transport, handle, track, hooks);
-    if (!bounds)
-        return std::nullopt;
-    const auto header = WavHeader(bounds->audioBytes);
-    if (!header)
-        return std::nullopt;
-    return TrackStart{*bounds, *header};
+    return TrackReader::Open(transport, std::move(handle), track, hooks);
 }
 
 }  // namespace
-
-std::string ReadErrorText(int32_t from, int32_t to) {
-    return "Lesefehler in Range " + std::to_string(from) + " - " + std::to_string(to) + ".";
-}
 
 // A file that cannot be opened or written ends the track like a read error in a full block:
 // the user is told which file failed and why, the row's "Ergebnis" stays as it is.
 std::optional<std::string> RipTrackWav(scsi::ISCSI& transport, std::string handle, int16_t track,
                                        const std::string& filePath, const std::string& fileName,
                                        const JobHooks& hooks) {
-    const auto start = StartTrack(transport, handle, track, hooks);
-    if (!start)
+    auto reader = StartTrack(transport, std::move(handle), track, hooks);
+    if (!reader)
         return std::nullopt;
 
     WavFile file(filePath);
-    if (!file.IsOpen() || !file.Append(start->header)) {
+    if (!file.IsOpen() || !file.Append(reader->Header())) {
         hooks.Warn(file.Error());
         return std::nullopt;
     }
-    const ReadEnd end =
-        ReadTrackBlocks(transport, handle, start->bounds, hooks,
-                        [&file](std::span<const uint8_t> block) { return file.Append(block); });
+    const ReadOutcome end = ReadTrackBlocks(
+        *reader, hooks, [&file](std::span<const uint8_t> block) { return file.Append(block); });
     const bool closed = file.Close();
-    if (end.outcome == ReadOutcome::BlockFailed) {
-        hooks.Warn(ReadErrorText(end.from, end.to));
+    if (end == ReadOutcome::BlockFailed) {
+        hooks.Warn(reader->FailureText());
         return std::nullopt;
     }
-    if (end.outcome == ReadOutcome::SinkFailed || !closed) {
+    if (end == ReadOutcome::SinkFailed || !closed) {
         hooks.Warn(file.Error());
         return std::nullopt;
     }
-    if (end.outcome == ReadOutcome::RemainderFailed)
+    if (end == ReadOutcome::RemainderFailed)
         return std::string(kTextTrackFailed);
     return fileName + ".wav" + kTextDone;
 }
 
 StreamEnd RipTrackToSink(scsi::ISCSI& transport, std::string handle, int16_t track,
                          const JobHooks& hooks, const BlockSink& sink) {
-    const auto start = StartTrack(transport, handle, track, hooks);
-    if (!start)
+    auto reader = StartTrack(transport, std::move(handle), track, hooks);
+    if (!reader)
         return StreamEnd::NotStarted;
-    if (!sink(start->header))
+    if (!sink(reader->Header()))
         return StreamEnd::SinkStopped;
-    const ReadEnd end = ReadTrackBlocks(transport, handle, start->bounds, hooks, sink);
-    if (end.outcome == ReadOutcome::SinkFailed)
+    const ReadOutcome end = ReadTrackBlocks(*reader, hooks, sink);
+    if (end == ReadOutcome::SinkFailed)
         return StreamEnd::SinkStopped;
-    if (end.outcome != ReadOutcome::Complete) {
-        hooks.Warn(ReadErrorText(end.from, end.to));
+    if (end != ReadOutcome::Complete) {
+        hooks.Warn(reader->FailureText());
         return StreamEnd::ReadFailed;
     }
     return StreamEnd::Complete;

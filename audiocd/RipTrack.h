@@ -11,15 +11,12 @@
 
 #include "ISCSI.h"
 #include "JobHooks.h"
+#include "TrackReader.h"
 
 namespace plattmix::audiocd {
 
-inline constexpr const char* kTextTocFailed = "Konnte TOC Format 0 nicht lesen.";
 inline constexpr const char* kTextTrackFailed = "XXX Fehler!";
 inline constexpr const char* kTextDone = " -->Fertig";
-
-// "Lesefehler in Range a - b."
-std::string ReadErrorText(int32_t from, int32_t to);
 
 // Writes the track to filePath (".wav" included), opened without truncation. Answers the text
 // for the row's "Ergebnis" column (fileName + ".wav -->Fertig" or "XXX Fehler!"), or nothing

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -13,6 +14,10 @@
 
 namespace plattmix::audiocd {
 
+// The queue between the reading and one encoder: enough for the encoder to work on while the
+// next blocks are read, small beside a track.
+inline constexpr size_t kStreamQueueBytes = 4 * 1024 * 1024;
+
 class TrackEncode {
   public:
     virtual ~TrackEncode() = default;
@@ -21,6 +26,10 @@ class TrackEncode {
     // stopped taking them (it failed).
     virtual ByteQueue::PushResult Push(std::span<const uint8_t> bytes,
                                        std::chrono::milliseconds wait) = 0;
+    // Bytes the queue takes now without waiting.
+    virtual size_t Room() = 0;
+    // True once the queue has room for bytes, waiting at most wait.
+    virtual bool WaitForRoom(size_t bytes, std::chrono::milliseconds wait) = 0;
     // The stream is complete; the encoder finishes the file.
     virtual void Finish() = 0;
     // Stops the encoder; no file stays.

@@ -59,6 +59,10 @@ class StreamingTrack final : public TrackEncode {
                                std::chrono::milliseconds wait) override {
         return queue_.Push(bytes, wait);
     }
+    size_t Room() override { return queue_.Room(); }
+    bool WaitForRoom(size_t bytes, std::chrono::milliseconds wait) override {
+        return queue_.WaitForRoom(bytes, wait);
+    }
     void Finish() override { queue_.Finish(); }
     void Cancel() override {
         stop_.store(true);
@@ -72,10 +76,7 @@ class StreamingTrack final : public TrackEncode {
     }
 
   private:
-    // Enough for the encoder to work on while the next blocks are read, small beside a track.
-    static constexpr size_t kQueueBytes = 4 * 1024 * 1024;
-
-    ByteQueue queue_{kQueueBytes};
+    ByteQueue queue_{audiocd::kStreamQueueBytes};
     std::atomic<bool> stop_{false};
     std::string doneText_;
     std::shared_future<bool> result_;

@@ -133,6 +133,8 @@ TEST(RunRipJob, OtherFormatsStreamTheWavImageToTheEncoder) {
             bytes += b.size();
             return audiocd::ByteQueue::PushResult::Taken;
         }
+        size_t Room() override { return SIZE_MAX; }
+        bool WaitForRoom(size_t, std::chrono::milliseconds) override { return true; }
         void Finish() override {}
         void Cancel() override {}
         bool WaitFor(std::chrono::milliseconds) override { return true; }
