@@ -5,7 +5,7 @@
 #include <array>
 #include <cstddef>
 
-namespace plattmix::discgen {
+namespace plattmix::audiocd {
 namespace {
 
 using Tables = std::array<std::array<uint32_t, 256>, 8>;
@@ -73,4 +73,4 @@ uint32_t Crc32::Of(std::span<const uint8_t> bytes) {
     return crc.Value();
 }
 
-}  // namespace plattmix::discgen
+}  // namespace plattmix::audiocd
