@@ -2,15 +2,12 @@
 
 #include <algorithm>
 
+#include "LittleEndian.h"
+
 namespace plattmix::audiocd {
 namespace {
 
 constexpr uint32_t kSkippedSamples = 5 * kSamplesPerSector;
-
-uint32_t LoadLE32(const uint8_t* p) {
-    return static_cast<uint32_t>(p[0]) | (static_cast<uint32_t>(p[1]) << 8) |
-           (static_cast<uint32_t>(p[2]) << 16) | (static_cast<uint32_t>(p[3]) << 24);
-}
 
 }  // namespace
 

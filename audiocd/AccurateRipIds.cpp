@@ -2,11 +2,10 @@
 
 #include <cstdio>
 
+#include "modMSF.h"
+
 namespace plattmix::audiocd {
 namespace {
-
-constexpr int32_t kLeadInSectors = 150;
-constexpr int32_t kSectorsPerSecond = 75;
 
 int DigitSum(int32_t value) {
     int sum = 0;
@@ -17,16 +16,16 @@ int DigitSum(int32_t value) {
 }
 
 int32_t Seconds(int32_t lba) {
-    return (lba + kLeadInSectors) / kSectorsPerSecond;
+    return (lba + modMSF::kPregapFrames) / modMSF::kFramesPerSecond;
 }
 
-std::string Hex8(uint32_t value) {
+}  // namespace
+
+std::string Hex8Text(uint32_t value) {
     char text[9];
     std::snprintf(text, sizeof text, "%08x", value);
     return text;
 }
-
-}  // namespace
 
 AccurateRipIds ComputeAccurateRipIds(std::span<const int32_t> audioStarts,
                                      std::span<const int32_t> allStarts, int32_t leadOut) {
@@ -62,12 +61,12 @@ uint32_t ComputeFreedbId(std::span<const int32_t> allStarts, int32_t leadOut) {
 std::string AccurateRipIdText(const AccurateRipIds& ids) {
     char count[16];
     std::snprintf(count, sizeof count, "%03d", ids.audioTracks);
-    return std::string(count) + "-" + Hex8(ids.id1) + "-" + Hex8(ids.id2) + "-" +
-           Hex8(ids.freedbId);
+    return std::string(count) + "-" + Hex8Text(ids.id1) + "-" + Hex8Text(ids.id2) + "-" +
+           Hex8Text(ids.freedbId);
 }
 
 std::string AccurateRipRecordPath(const AccurateRipIds& ids) {
-    const std::string id1 = Hex8(ids.id1);
+    const std::string id1 = Hex8Text(ids.id1);
     return std::string{id1[7], '/', id1[6], '/', id1[5], '/'} + "dBAR-" + AccurateRipIdText(ids) +
            ".bin";
 }

@@ -25,6 +25,9 @@ AccurateRipIds ComputeAccurateRipIds(std::span<const int32_t> audioStarts,
 // The CDDB disc ID: checksum of the start seconds' digits, playing time in seconds, track count.
 uint32_t ComputeFreedbId(std::span<const int32_t> allStarts, int32_t leadOut);
 
+// Eight lower-case hex digits: how IDs and checksums are written.
+std::string Hex8Text(uint32_t value);
+
 // "012-000e686a-008a4eb8-84081a0c": audio tracks and the three IDs, as the record's name uses them.
 std::string AccurateRipIdText(const AccurateRipIds& ids);
 

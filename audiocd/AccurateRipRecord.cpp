@@ -1,13 +1,9 @@
 #include "AccurateRipRecord.h"
 
+#include "LittleEndian.h"
+
 namespace plattmix::audiocd {
 namespace {
-
-uint32_t LoadLE32(std::span<const uint8_t> bytes, size_t at) {
-    return static_cast<uint32_t>(bytes[at]) | (static_cast<uint32_t>(bytes[at + 1]) << 8) |
-           (static_cast<uint32_t>(bytes[at + 2]) << 16) |
-           (static_cast<uint32_t>(bytes[at + 3]) << 24);
-}
 
 bool SameDisc(const AccurateRipIds& a, const AccurateRipIds& b) {
     return a.audioTracks == b.audioTracks && a.id1 == b.id1 && a.id2 == b.id2 &&
@@ -25,8 +21,8 @@ AccurateRipRecord ParseAccurateRipRecord(std::span<const uint8_t> bytes,
             break;
         }
         AccurateRipResponse response;
-        response.ids = {bytes[at], LoadLE32(bytes, at + 1), LoadLE32(bytes, at + 5),
-                        LoadLE32(bytes, at + 9)};
+        response.ids = {bytes[at], LoadLE32(&bytes[at + 1]), LoadLE32(&bytes[at + 5]),
+                        LoadLE32(&bytes[at + 9])};
         at += kAccurateRipHeaderBytes;
         const auto trackBytes =
             static_cast<size_t>(response.ids.audioTracks) * kAccurateRipTrackBytes;
@@ -35,7 +31,7 @@ AccurateRipRecord ParseAccurateRipRecord(std::span<const uint8_t> bytes,
         }
         for (int track = 0; track < response.ids.audioTracks; ++track) {
             response.tracks.push_back(
-                {bytes[at], LoadLE32(bytes, at + 1), LoadLE32(bytes, at + 5)});
+                {bytes[at], LoadLE32(&bytes[at + 1]), LoadLE32(&bytes[at + 5])});
             at += kAccurateRipTrackBytes;
         }
         record.responses.push_back(std::move(response));

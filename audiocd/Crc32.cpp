@@ -5,6 +5,8 @@
 #include <array>
 #include <cstddef>
 
+#include "LittleEndian.h"
+
 namespace plattmix::audiocd {
 namespace {
 
@@ -29,11 +31,6 @@ constexpr Tables MakeTables() {
 }
 
 constexpr Tables kTables = MakeTables();
-
-uint32_t LoadLE32(const uint8_t* p) {
-    return static_cast<uint32_t>(p[0]) | (static_cast<uint32_t>(p[1]) << 8) |
-           (static_cast<uint32_t>(p[2]) << 16) | (static_cast<uint32_t>(p[3]) << 24);
-}
 
 }  // namespace
 

@@ -1,18 +1,18 @@
 #include "RipCue.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <cctype>
 
 #include "FolderFile.h"
+#include "RipJob.h"
+#include "modMSF.h"
 
 namespace plattmix::audiocd {
 namespace {
 
+// A length or a place in a file as minutes, seconds and frames.
 std::string Msf(int32_t sectors) {
-    char text[16];
-    std::snprintf(text, sizeof text, "%02d:%02d:%02d", sectors / (60 * 75), sectors / 75 % 60,
-                  sectors % 75);
-    return text;
+    return modMSF::MSFToString(modMSF::LBAToMSF(sectors - modMSF::kPregapFrames));
 }
 
 std::string Quoted(std::string text) {
@@ -63,8 +63,7 @@ std::string FormatRipCue(const RipCue& cue) {
         // The pregap is at the end of the previous file when that file holds the track before.
         const bool gapInPrevious =
             track.pregapSectors > 0 && previous != nullptr && previous->number == track.number - 1;
-        std::string head = "  TRACK " + std::string(track.number < 10 ? "0" : "") +
-                           std::to_string(track.number) + " AUDIO\n";
+        std::string head = "  TRACK " + NumberText(track.number) + " AUDIO\n";
         if (cue.cdText) {
             head += Texts("    ", Lookup(cue.cdText->titles, track.number),
                           Lookup(cue.cdText->performers, track.number));

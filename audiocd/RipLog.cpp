@@ -1,24 +1,12 @@
 #include "RipLog.h"
 
 #include <algorithm>
-#include <cstdio>
 
 #include "FolderFile.h"
+#include "RipJob.h"
 
 namespace plattmix::audiocd {
 namespace {
-
-std::string Hex8(uint32_t value) {
-    char text[9];
-    std::snprintf(text, sizeof text, "%08x", value);
-    return text;
-}
-
-std::string Two(int number) {
-    char text[16];
-    std::snprintf(text, sizeof text, "%02d", number);
-    return text;
-}
 
 std::string ProofText(RipProof proof) {
     switch (proof) {
@@ -42,15 +30,15 @@ std::string Line(const std::string& label, const std::string& value, bool indent
 std::string TrackText(const RipLogTrack& track) {
     std::string crcs;
     for (const uint32_t crc : track.passCrcs) {
-        crcs += (crcs.empty() ? "" : " ") + Hex8(crc);
+        crcs += (crcs.empty() ? "" : " ") + Hex8Text(crc);
     }
-    std::string text = "Track " + Two(track.number) + "\n";
+    std::string text = "Track " + NumberText(track.number) + "\n";
     text += Line("Datei", track.fileName);
     text += Line("Nachweis", ProofText(track.proof));
     text += Line("CRC-32 je Durchgang", crcs.empty() ? "-" : crcs);
     text += Line("Erneut gelesen", std::to_string(track.rereadSectors) + " Sektoren");
-    text += Line("AccurateRip v1", Hex8(track.accurateRipV1));
-    text += Line("AccurateRip v2", Hex8(track.accurateRipV2));
+    text += Line("AccurateRip v1", Hex8Text(track.accurateRipV1));
+    text += Line("AccurateRip v2", Hex8Text(track.accurateRipV2));
     text += Line("AccurateRip", track.verdict.Text());
     if (!track.problem.empty()) {
         text += Line("Problem", track.problem);
@@ -79,7 +67,7 @@ std::string RipLogSummary(const RipLog& log) {
     std::string failed;
     for (const RipLogTrack& track : log.tracks) {
         if (track.proof == RipProof::None) {
-            failed += (failed.empty() ? "" : ", ") + Two(track.number);
+            failed += (failed.empty() ? "" : ", ") + NumberText(track.number);
         }
     }
     return text + (failed.empty() ? "." : "; nicht bewiesen: Track " + failed + ".");
