@@ -16,6 +16,7 @@
 namespace {
 
 using namespace plattmix::discgen;
+using plattmix::audiocd::Crc32;
 
 constexpr double kMinimumCdSpeed = 100.0;
 

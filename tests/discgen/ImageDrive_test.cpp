@@ -44,7 +44,7 @@ void Load(const DiscSpec& spec, const std::filesystem::path& folder, Loaded& out
 std::pair<int32_t, uint32_t> ReadTrack(Loaded& l, const TrackInfo& track) {
     const size_t sectorBytes = track.mode == TrackMode::Audio ? 2352 : 2048;
     std::vector<uint8_t> buffer(kBlocksPerRead * sectorBytes);
-    Crc32 crc;
+    audiocd::Crc32 crc;
     for (int32_t done = 0; done < track.lengthSectors;) {
         const uint32_t n =
             std::min<uint32_t>(kBlocksPerRead, static_cast<uint32_t>(track.lengthSectors - done));

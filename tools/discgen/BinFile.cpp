@@ -27,7 +27,7 @@ std::string BinFile::Open(const std::filesystem::path& path) {
     }
     path_ = path;
     bytes_ = 0;
-    crc_ = Crc32{};
+    crc_ = audiocd::Crc32{};
     error_.clear();
     buffer_.clear();
     if (path.empty()) {

@@ -38,7 +38,7 @@ class BinFile {
     std::vector<uint8_t> buffer_;
     std::string error_;
     int64_t bytes_ = 0;
-    Crc32 crc_;
+    audiocd::Crc32 crc_;
 };
 
 }  // namespace plattmix::discgen

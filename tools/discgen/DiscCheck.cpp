@@ -7,6 +7,9 @@
 #include "Crc32.h"
 
 namespace plattmix::discgen {
+
+using audiocd::Crc32;
+
 namespace {
 
 // Reads a whole small file; nothing when it cannot be read.

@@ -14,6 +14,9 @@
 #include "DiscLayout.h"
 
 namespace plattmix::discgen {
+
+using audiocd::Crc32;
+
 namespace {
 
 constexpr int32_t kChunkSectors = 32;

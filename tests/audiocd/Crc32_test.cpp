@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace plattmix::discgen {
+namespace plattmix::audiocd {
 namespace {
 
 std::span<const uint8_t> Bytes(std::string_view text) {
@@ -37,4 +37,4 @@ TEST(Crc32, MatchesTheCheckValuesWholePiecewiseAndWithZeros) {
 }
 
 }  // namespace
-}  // namespace plattmix::discgen
+}  // namespace plattmix::audiocd

@@ -5,7 +5,9 @@
 #include <array>
 #include <cstddef>
 
-namespace plattmix::discgen {
+#include "LittleEndian.h"
+
+namespace plattmix::audiocd {
 namespace {
 
 using Tables = std::array<std::array<uint32_t, 256>, 8>;
@@ -29,11 +31,6 @@ constexpr Tables MakeTables() {
 }
 
 constexpr Tables kTables = MakeTables();
-
-uint32_t LoadLE32(const uint8_t* p) {
-    return static_cast<uint32_t>(p[0]) | (static_cast<uint32_t>(p[1]) << 8) |
-           (static_cast<uint32_t>(p[2]) << 16) | (static_cast<uint32_t>(p[3]) << 24);
-}
 
 }  // namespace
 
@@ -73,4 +70,4 @@ uint32_t Crc32::Of(std::span<const uint8_t> bytes) {
     return crc.Value();
 }
 
-}  // namespace plattmix::discgen
+}  // namespace plattmix::audiocd

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <span>
 
-namespace plattmix::discgen {
+namespace plattmix::audiocd {
 
 class Crc32 {
   public:
@@ -22,4 +22,4 @@ class Crc32 {
     uint32_t state_ = 0xFFFFFFFFu;
 };
 
-}  // namespace plattmix::discgen
+}  // namespace plattmix::audiocd

@@ -1,0 +1,136 @@
+// The rip's log and cue sheet: their exact text, and writing them into the target folder.
+#include "RipLog.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "RipCue.h"
+#include "common/ScratchFolder.h"
+
+namespace plattmix::audiocd {
+namespace {
+
+std::string ReadFile(const std::filesystem::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream bytes;
+    bytes << in.rdbuf();
+    return bytes.str();
+}
+
+RipLog TwoTracks() {
+    RipLog log;
+    log.program = "Plattmix 9.9";
+    log.drive = "PLEXTOR DVDR   PX-716A  1.11";
+    log.offset = 667;
+    log.accurateRipId = "002-0000168a-00002d14-0a000502";
+    RipLogTrack proven{
+        1, "Track01.flac", RipProof::AccurateRip, {0x0badf00du},
+        0, 0x1234abcdu,    0x00c0ffeeu,           {AccurateRipVerdict::Kind::Matching, 12},
+        ""};
+    RipLogTrack failed{2,
+                       "Track02.flac",
+                       RipProof::None,
+                       {0x11111111u, 0x22222222u},
+                       27,
+                       0xau,
+                       0xbu,
+                       {AccurateRipVerdict::Kind::Differing, 0},
+                       "Die Durchgänge stimmen nicht überein."};
+    log.tracks = {proven, failed};
+    return log;
+}
+
+TEST(RipLog, SaysPerTrackHowItWasProvenAndSumsUp) {
+    const RipLog log = TwoTracks();
+    EXPECT_FALSE(log.AllProven());
+    EXPECT_EQ(FormatRipLog(log),
+              "Plattmix 9.9 - Protokoll des Rippens\n"
+              "\n"
+              "Laufwerk:              PLEXTOR DVDR   PX-716A  1.11\n"
+              "Leseversatz:           +667 Samples\n"
+              "Modus:                 sicher (AccurateRip, sonst Prüfen und Kopieren)\n"
+              "AccurateRip-Kennung:   002-0000168a-00002d14-0a000502\n"
+              "\n"
+              "Track 01\n"
+              "  Datei:               Track01.flac\n"
+              "  Nachweis:            AccurateRip\n"
+              "  CRC-32 je Durchgang: 0badf00d\n"
+              "  Erneut gelesen:      0 Sektoren\n"
+              "  AccurateRip v1:      1234abcd\n"
+              "  AccurateRip v2:      00c0ffee\n"
+              "  AccurateRip:         übereinstimmend (Vertrauen 12)\n"
+              "\n"
+              "Track 02\n"
+              "  Datei:               Track02.flac\n"
+              "  Nachweis:            keiner\n"
+              "  CRC-32 je Durchgang: 11111111 22222222\n"
+              "  Erneut gelesen:      27 Sektoren\n"
+              "  AccurateRip v1:      0000000a\n"
+              "  AccurateRip v2:      0000000b\n"
+              "  AccurateRip:         abweichend\n"
+              "  Problem:             Die Durchgänge stimmen nicht überein.\n"
+              "\n"
+              "Zusammenfassung: 1 von 2 Tracks bewiesen (1 durch AccurateRip, 0 durch Prüfen "
+              "und Kopieren); nicht bewiesen: Track 02.\n");
+}
+
+TEST(RipLog, LogAndCueAreWrittenIntoTheFolderOrSayWhyNot) {
+    const auto folder = test::ScratchFolder();
+    RipLog log = TwoTracks();
+    log.tracks[1].proof = RipProof::TestAndCopy;
+    EXPECT_TRUE(log.AllProven());
+    EXPECT_EQ(RipLogSummary(log),
+              "Zusammenfassung: 2 von 2 Tracks bewiesen (1 durch AccurateRip, 1 durch Prüfen und "
+              "Kopieren).");
+    EXPECT_EQ(WriteRipLog(folder.string(), log), "");
+    EXPECT_EQ(ReadFile(folder / "Rip.log"), FormatRipLog(log));
+    const RipCue cue{"", std::nullopt, {{1, "Track01.wav", 750, 0, ""}}};
+    EXPECT_EQ(WriteRipCue(folder.string() + "/", cue), "");
+    EXPECT_EQ(ReadFile(folder / "Rip.cue"), FormatRipCue(cue));
+
+    const std::string missing = (folder / "fehlt").string();
+    EXPECT_EQ(WriteRipLog(missing, log),
+              "Die Datei " + missing + "/Rip.log lässt sich nicht schreiben.");
+}
+
+TEST(RipCue, OneFilePerTrackWithPregapsAtTheEndOfThePreviousFile) {
+    CdText text;
+    text.albumTitle = "Platte \"Eins\"";
+    text.albumPerformer = "Die Band";
+    text.titles = {{2, "Zwei"}, {3, "Drei"}};
+    text.performers = {{2, "Gast"}};
+    const RipCue cue{"0724384260927",
+                     text,
+                     {{1, "Track01.flac", 17850, 0, "DEA620300001"},
+                      {2, "Track02.flac", 300, 150, ""},
+                      {3, "Track03.mp3", 750, 0, ""},
+                      {5, "Track05.wav", 75, 33, ""}}};
+    EXPECT_EQ(FormatRipCue(cue),
+              "CATALOG 0724384260927\n"
+              "TITLE \"Platte 'Eins'\"\n"
+              "PERFORMER \"Die Band\"\n"
+              "FILE \"Track01.flac\" WAVE\n"
+              "  TRACK 01 AUDIO\n"
+              "    ISRC DEA620300001\n"
+              "    INDEX 01 00:00:00\n"
+              "  TRACK 02 AUDIO\n"
+              "    TITLE \"Zwei\"\n"
+              "    PERFORMER \"Gast\"\n"
+              "    INDEX 00 03:56:00\n"
+              "FILE \"Track02.flac\" WAVE\n"
+              "    INDEX 01 00:00:00\n"
+              "FILE \"Track03.mp3\" MP3\n"
+              "  TRACK 03 AUDIO\n"
+              "    TITLE \"Drei\"\n"
+              "    INDEX 01 00:00:00\n"
+              "FILE \"Track05.wav\" WAVE\n"
+              "  TRACK 05 AUDIO\n"
+              "    PREGAP 00:00:33\n"
+              "    INDEX 01 00:00:00\n");
+}
+
+}  // namespace
+}  // namespace plattmix::audiocd
