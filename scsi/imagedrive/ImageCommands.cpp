@@ -55,9 +55,9 @@ CommandResult ReadToc(const DiscImage& disc, Cdb cdb, std::span<uint8_t> buffer)
     std::optional<Reply> reply;
     if (format == 0)
         reply = TocReply(disc, msf, cdb[6]);
-    if (format == 1)
+    if (format == kTocFormatSessionInfo)
         reply = SessionInfoReply(disc, msf);
-    if (format == 2)
+    if (format == kTocFormatFullToc)
         reply = FullTocReply(disc, cdb[6]);
     if (format == kTocFormatCdText)
         reply = CdTextReply(disc);  // nothing without texts: as a drive without CD-Text
