@@ -81,8 +81,8 @@ CommandResult GetConfiguration(const DriveSlot& slot, Cdb cdb, std::span<uint8_t
     if (requestType == 3)
         return kInvalidField;
     const uint16_t profile = slot.Medium() != nullptr ? kProfileCdRom : kProfileNone;
-    const Reply reply =
-        ConfigurationReply(profile, requestType, static_cast<uint16_t>(Be16(cdb, 2)));
+    const Reply reply = ConfigurationReply(
+        profile, requestType, static_cast<uint16_t>(Be16(cdb, 2)), slot.Injected().c2Pointers);
     return Deliver(reply, Be16(cdb, 7), buffer);
 }
 
@@ -96,7 +96,7 @@ CommandResult GetEventStatus(DriveSlot& slot, Cdb cdb, std::span<uint8_t> buffer
     return Deliver(reply, Be16(cdb, 7), buffer);
 }
 
-CommandResult MediumCommand(const SectorSource& medium, const Faults& faults, Cdb cdb,
+CommandResult MediumCommand(const SectorSource& medium, Faults& faults, Cdb cdb,
                             std::span<uint8_t> buffer) {
     switch (cdb[0]) {
         case kOpReadCapacity:
