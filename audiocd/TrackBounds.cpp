@@ -20,7 +20,8 @@ int64_t DescriptorLba(const modMMC::TocDescriptor& descriptor) {
 
 }  // namespace
 
-std::optional<TrackBounds> ComputeTrackBounds(const modMMC::Toc& lbaToc, int16_t track) {
+std::optional<TrackBounds> ComputeTrackBounds(const modMMC::Toc& lbaToc, int16_t track,
+                                              const SessionToc* sessions) {
     // The row position picks the descriptors, whatever number the disc gives its first track.
     if (track < 1)
         return std::nullopt;
@@ -33,8 +34,13 @@ std::optional<TrackBounds> ComputeTrackBounds(const modMMC::Toc& lbaToc, int16_t
     const int64_t first = DescriptorLba(lbaToc.descriptors[startIndex]);
     // The sector before the next track (or the lead-out); it is never read itself.
     int64_t last = DescriptorLba(lbaToc.descriptors[endIndex]) - 1;
-    if (track == lbaToc.lastTrack)
+    if (track == lbaToc.lastTrack) {
         last -= kLastTrackTrimSectors;  // the disc's last track leaves two seconds out
+    } else if (sessions != nullptr && startIndex < sessions->tracks.size() &&
+               sessions->EndsEarlierSession(startIndex)) {
+        // The session gap behind it is no part of the track: its own lead-out ends it.
+        last = int64_t{sessions->TrackEndLba(startIndex)} - 1 - kLastTrackTrimSectors;
+    }
     if (!FitsInt32(last))
         return std::nullopt;
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "SessionToc.h"
 #include "modMMC.h"
 
 namespace plattmix::audiocd {
@@ -20,7 +21,10 @@ struct TrackBounds {
 
 // track counts from 1 as the row's position: descriptor track - 1 gives the start, descriptor
 // track the end; when track equals the header's last track, 150 more sectors are left off.
+// With the disc's sessions (built from the same table), the last track of a session that
+// another session follows ends at its session's lead-out instead, 150 sectors left off too.
 // Nothing when the descriptors are missing or N overflows 32 bits.
-std::optional<TrackBounds> ComputeTrackBounds(const modMMC::Toc& lbaToc, int16_t track);
+std::optional<TrackBounds> ComputeTrackBounds(const modMMC::Toc& lbaToc, int16_t track,
+                                              const SessionToc* sessions = nullptr);
 
 }  // namespace plattmix::audiocd

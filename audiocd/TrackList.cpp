@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "ScsiStatus.h"
+#include "SessionToc.h"
 #include "modMMC.h"
 #include "modMSF.h"
 
@@ -56,12 +57,19 @@ TrackList ReadTrackList(scsi::ISCSI& transport, std::string handle) {
     TrackList list;
     if (!toc)
         return list;
+    auto sessions = SessionTocFromToc(*toc, true);
+    if (sessions)
+        ReadSessions(transport, handle, *sessions);
     const auto& d = toc->descriptors;
     bool anyAudio = false;
-    // Every descriptor that has a following one is a track; the last is the lead-out.
+    // Every descriptor that has a following one is a track; the last is the lead-out. The last
+    // track of a session that another follows ends at its session's lead-out.
     for (size_t i = 0; i + 1 < d.size(); ++i) {
         const modMSF::MSF start = modMSF::MakeMSF(d[i].address);
-        const modMSF::MSF end = modMSF::MakeMSF(d[i + 1].address);
+        const bool endsSession =
+            sessions && i < sessions->tracks.size() && sessions->EndsEarlierSession(i);
+        const modMSF::MSF end = endsSession ? modMSF::LBAToMSF(sessions->TrackEndLba(i))
+                                            : modMSF::MakeMSF(d[i + 1].address);
         const bool data = IsDataTrack(d[i].adrControl) == 1;
         anyAudio = anyAudio || !data;
         TrackRow row;

@@ -20,7 +20,7 @@ struct TrackRow {
     int track = 0;
     std::string dauer;   // "mm:ss"
     std::string anfang;  // "mm:ss:ff"
-    std::string ende;    // start of the next descriptor, "mm:ss:ff"
+    std::string ende;    // start of the next descriptor or the session's lead-out, "mm:ss:ff"
     std::string inhalt;  // "Audio" or "Daten"
     int32_t startLba = 0;
     int32_t endLba = 0;  // first block after the track
@@ -39,7 +39,7 @@ int IsDataTrack(uint8_t adrControl);
 // Whole minutes and remaining whole seconds, two digits at least: 245900 ms gives "04:05".
 std::string FormatDauer(int64_t milliseconds);
 
-// TEST UNIT READY, then READ TOC in MSF form, then one row per track.
+// TEST UNIT READY, then READ TOC in MSF form and the sessions, then one row per track.
 TrackList ReadTrackList(scsi::ISCSI& transport, std::string handle);
 
 }  // namespace plattmix::audiocd

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "ScsiStatus.h"
+#include "SessionToc.h"
 #include "modMMC.h"
 #include "modMSF.h"
 
@@ -14,7 +15,8 @@ namespace {
 constexpr size_t kSectorBytes = static_cast<size_t>(modMSF::kAudioFrameBytes);
 constexpr size_t kBlockBytes = static_cast<size_t>(kRipBlockSectors) * kSectorBytes;
 
-// The table of contents with LBA addresses and the bounds of the track in it. The user is told
+// The table of contents with LBA addresses and its sessions, and the bounds of the track in
+// them. The user is told
 // when the table cannot be read; bounds that cannot be worked out end the job quietly, as
 // nothing has been written yet.
 std::optional<TrackBounds> ReadBounds(scsi::ISCSI& transport, std::string& handle, int16_t track,
@@ -27,7 +29,10 @@ std::optional<TrackBounds> ReadBounds(scsi::ISCSI& transport, std::string& handl
     const auto toc = modMMC::ParseTOC(reply);
     if (!toc)
         return std::nullopt;
-    return ComputeTrackBounds(*toc, track);
+    auto sessions = SessionTocFromToc(*toc, false);
+    if (sessions)
+        ReadSessions(transport, handle, *sessions);
+    return ComputeTrackBounds(*toc, track, sessions ? &*sessions : nullptr);
 }
 
 }  // namespace

@@ -21,8 +21,9 @@ inline constexpr uint8_t kOpRead12 = 0xA8;
 inline constexpr uint8_t kOpRead16 = 0x88;
 inline constexpr uint8_t kOpReadCdMsf = 0xB9;
 
-// READ TOC/PMA/ATIP formats beyond the table of contents and the full TOC.
+// READ TOC/PMA/ATIP formats beyond the table of contents (format 0).
 inline constexpr uint8_t kTocFormatSessionInfo = 0x01;
+inline constexpr uint8_t kTocFormatFullToc = 0x02;
 inline constexpr uint8_t kTocFormatCdText = 0x05;
 
 // The peripheral device type (INQUIRY byte 0, low five bits) of a CD/DVD drive.

@@ -142,6 +142,12 @@ int32_t ReadSessionInfo(scsi::ISCSI& transport, std::string& Handle,
                 reply);
 }
 
+int32_t ReadFullToc(scsi::ISCSI& transport, std::string& Handle,
+                    std::array<uint8_t, kFullTocLength>& reply) {
+    return Send(transport, Handle,
+                BuildReadTOCFormat(false, scsi::kTocFormatFullToc, 1, kFullTocLength), reply);
+}
+
 namespace {
 std::string Field(std::span<const uint8_t> reply, size_t from, size_t length) {
     std::string text;
@@ -185,6 +191,22 @@ std::optional<SessionInfo> ParseSessionInfo(std::span<const uint8_t> reply) {
         return std::nullopt;
     return SessionInfo{reply[2], reply[3], reply[6],
                        modMSF::BytesToLong(reply[8], reply[9], reply[10], reply[11])};
+}
+
+std::optional<FullToc> ParseFullToc(std::span<const uint8_t> reply) {
+    constexpr size_t kEntryBytes = 11;
+    if (reply.size() < 4)
+        return std::nullopt;
+    FullToc toc;
+    toc.firstSession = reply[2];
+    toc.lastSession = reply[3];
+    const size_t announced = static_cast<size_t>((reply[0] << 8) | reply[1]);
+    const size_t end = std::min(reply.size(), announced + 2);
+    for (size_t at = 4; at + kEntryBytes <= end; at += kEntryBytes) {
+        toc.entries.push_back(FullTocEntry{reply[at], reply[at + 1], reply[at + 3], reply[at + 8],
+                                           reply[at + 9], reply[at + 10]});
+    }
+    return toc;
 }
 
 uint16_t CdTextCrc(std::span<const uint8_t> bytes) {

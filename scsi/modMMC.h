@@ -22,6 +22,8 @@ inline constexpr uint8_t kLeadOutTrack = 0xAA;
 // lead-in (4500) and that track's pre-gap (150).
 inline constexpr int32_t kSessionGapSectors = 6750 + 4500 + 150;
 inline constexpr int kSessionInfoLength = 12;
+// Room for the full TOC of any disc: 99 tracks and every session's A0, A1, A2 and more.
+inline constexpr int kFullTocLength = 4096;
 
 using Cdb6 = std::array<uint8_t, 6>;
 using Cdb10 = std::array<uint8_t, 10>;
@@ -54,6 +56,9 @@ int32_t StartStopUnit(scsi::ISCSI& transport, std::string& Handle, bool loadEjec
 // READ TOC format 1 in LBA form.
 int32_t ReadSessionInfo(scsi::ISCSI& transport, std::string& Handle,
                         std::array<uint8_t, kSessionInfoLength>& reply);
+// READ TOC format 2 (the full TOC) from the first session on; its times are always MSF.
+int32_t ReadFullToc(scsi::ISCSI& transport, std::string& Handle,
+                    std::array<uint8_t, kFullTocLength>& reply);
 
 // Replies.
 struct InquiryIdent {
@@ -89,6 +94,27 @@ struct SessionInfo {
     uint32_t lastSessionStartLba = 0;
 };
 std::optional<SessionInfo> ParseSessionInfo(std::span<const uint8_t> reply);
+
+// The full TOC (format 2): one 11-byte entry per Q sub-channel point of the lead-ins. Points
+// 1..99 are track starts, A0/A1 the session's first and last track (in pMinute), A2 the
+// session's lead-out (pMinute, pSecond, pFrame).
+inline constexpr uint8_t kPointFirstTrack = 0xA0;
+inline constexpr uint8_t kPointLastTrack = 0xA1;
+inline constexpr uint8_t kPointLeadOut = 0xA2;
+struct FullTocEntry {
+    uint8_t session = 0;
+    uint8_t adrControl = 0;
+    uint8_t point = 0;
+    uint8_t pMinute = 0, pSecond = 0, pFrame = 0;
+};
+struct FullToc {
+    uint8_t firstSession = 0;
+    uint8_t lastSession = 0;
+    std::vector<FullTocEntry> entries;
+};
+// Reads the entries the data length announces and the reply holds. Nothing when the reply is
+// shorter than the header.
+std::optional<FullToc> ParseFullToc(std::span<const uint8_t> reply);
 
 // The CRC of a CD-Text pack over its first 16 bytes: CRC-16/CCITT (polynomial 0x1021, start
 // 0), inverted; stored big-endian in bytes 16 and 17.

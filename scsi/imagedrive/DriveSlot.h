@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -23,11 +24,31 @@ struct LbaRange {
     }
 };
 
+// Sectors whose audio reads come out differently each time: each READ CD of one of them
+// returns, with the given probability, its samples with a few bits flipped (and the C2 error
+// pointers of those bytes set), otherwise the true samples. The dice start from the seed, so a
+// test that reads the same way sees the same errors.
+struct FlakyRange {
+    LbaRange range;
+    double probability = 0.0;  // 0 never, 1 every read
+    uint32_t seed = 0;
+    std::mt19937 dice{seed};
+};
+
 struct Faults {
     std::vector<LbaRange> readErrors;  // reads touching them fail with 3/11/05
     std::vector<LbaRange> timeOuts;    // reads touching them end with status 255
     int timeOutCommands = 0;           // the next commands of any kind end with status 255
     int speedMultiple = 0;             // reads take blocks / (75 * multiple) s; 0 unthrottled
+    // The drive's read offset in samples (stereo frames of 4 bytes), as a real drive's: with
+    // offset +N a READ CD of audio returns at sample position p the sample that lies at p - N
+    // on the disc (it reads N samples late), so a ripper that knows the offset +N takes the
+    // sample for p from p + N. Samples outside the disc's audio read as silence.
+    int32_t readOffsetSamples = 0;
+    // Whether the drive reports C2 error pointers (CD Read feature, READ CD byte 9 bits 1-2);
+    // a drive without them refuses a READ CD asking for them with 5/24/00.
+    bool c2Pointers = true;
+    std::vector<FlakyRange> flaky;
     // When the disc, spinning on, has delivered everything asked so far (throttled reads only).
     std::chrono::steady_clock::time_point streamedUntil{};
 };

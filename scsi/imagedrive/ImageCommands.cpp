@@ -55,9 +55,9 @@ CommandResult ReadToc(const DiscImage& disc, Cdb cdb, std::span<uint8_t> buffer)
     std::optional<Reply> reply;
     if (format == 0)
         reply = TocReply(disc, msf, cdb[6]);
-    if (format == 1)
+    if (format == kTocFormatSessionInfo)
         reply = SessionInfoReply(disc, msf);
-    if (format == 2)
+    if (format == kTocFormatFullToc)
         reply = FullTocReply(disc, cdb[6]);
     if (format == kTocFormatCdText)
         reply = CdTextReply(disc);  // nothing without texts: as a drive without CD-Text
@@ -81,8 +81,8 @@ CommandResult GetConfiguration(const DriveSlot& slot, Cdb cdb, std::span<uint8_t
     if (requestType == 3)
         return kInvalidField;
     const uint16_t profile = slot.Medium() != nullptr ? kProfileCdRom : kProfileNone;
-    const Reply reply =
-        ConfigurationReply(profile, requestType, static_cast<uint16_t>(Be16(cdb, 2)));
+    const Reply reply = ConfigurationReply(
+        profile, requestType, static_cast<uint16_t>(Be16(cdb, 2)), slot.Injected().c2Pointers);
     return Deliver(reply, Be16(cdb, 7), buffer);
 }
 
@@ -96,7 +96,7 @@ CommandResult GetEventStatus(DriveSlot& slot, Cdb cdb, std::span<uint8_t> buffer
     return Deliver(reply, Be16(cdb, 7), buffer);
 }
 
-CommandResult MediumCommand(const SectorSource& medium, const Faults& faults, Cdb cdb,
+CommandResult MediumCommand(const SectorSource& medium, Faults& faults, Cdb cdb,
                             std::span<uint8_t> buffer) {
     switch (cdb[0]) {
         case kOpReadCapacity:

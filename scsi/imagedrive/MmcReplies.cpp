@@ -82,12 +82,13 @@ struct Feature {
     Reply body;  // the bytes after the four-byte feature header
 };
 
-std::vector<Feature> Features(bool mediumPresent) {
+std::vector<Feature> Features(bool mediumPresent, bool c2Pointers) {
+    constexpr uint8_t kC2Flag = 0x02;
     return {
         {0x0000, {0x00, 0x08, mediumPresent ? uint8_t{0x01} : uint8_t{0x00}, 0x00}},  // profiles
-        {0x0001, {0x00, 0x00, 0x00, 0x01}},          // core: SCSI family interface
-        {0x0003, {0x29, 0x00, 0x00, 0x00}},          // removable medium: tray, eject, lock
-        {kFeatureCdRead, {0x02, 0x00, 0x00, 0x00}},  // CD read: C2 error pointers
+        {0x0001, {0x00, 0x00, 0x00, 0x01}},  // core: SCSI family interface
+        {0x0003, {0x29, 0x00, 0x00, 0x00}},  // removable medium: tray, eject, lock
+        {kFeatureCdRead, {c2Pointers ? kC2Flag : uint8_t{0x00}, 0x00, 0x00, 0x00}},  // CD read
     };
 }
 
@@ -188,11 +189,12 @@ Reply DiscInformationReply(const DiscImage& disc) {
     return reply;
 }
 
-Reply ConfigurationReply(uint16_t currentProfile, uint8_t requestType, uint16_t startFeature) {
+Reply ConfigurationReply(uint16_t currentProfile, uint8_t requestType, uint16_t startFeature,
+                         bool c2Pointers) {
     Reply reply(8, 0);
     Put16(reply, 6, currentProfile);
     const bool present = currentProfile != kProfileNone;
-    for (const Feature& feature : Features(present)) {
+    for (const Feature& feature : Features(present, c2Pointers)) {
         if (feature.code < startFeature)
             continue;
         if (requestType == 2 && feature.code != startFeature)

@@ -29,8 +29,10 @@ Reply DiscInformationReply(const DiscImage& disc);
 inline constexpr uint16_t kProfileNone = 0x0000;
 inline constexpr uint16_t kProfileCdRom = 0x0008;
 // GET CONFIGURATION: header with the current profile and the features at or after
-// startFeature (requestType 2: that one feature only).
-Reply ConfigurationReply(uint16_t currentProfile, uint8_t requestType, uint16_t startFeature);
+// startFeature (requestType 2: that one feature only); the CD Read feature (0x001E) with the
+// C2 flag when the drive reports C2 error pointers.
+Reply ConfigurationReply(uint16_t currentProfile, uint8_t requestType, uint16_t startFeature,
+                         bool c2Pointers = true);
 
 // Media event codes of GET EVENT STATUS NOTIFICATION.
 inline constexpr uint8_t kMediaEventNone = 0;

@@ -2,12 +2,16 @@
 
 #include <algorithm>
 #include <array>
+#include <numeric>
 
 #include "MmcOpcodes.h"
+#include "imagedrive/AudioQuirks.h"
 
 namespace plattmix::scsi::imagedrive {
 
 namespace {
+
+constexpr size_t kC2WithBlockErrorBytes = kC2PointerBytes + 2;  // the OR of them, a pad byte
 
 int32_t Lba(Cdb cdb) {
     const uint32_t value = (uint32_t{cdb[2]} << 24) | (uint32_t{cdb[3]} << 16) |
@@ -56,8 +60,8 @@ size_t Append(std::span<uint8_t> buffer, size_t filled, std::span<const uint8_t>
     return filled + n;
 }
 
-// Reads the blocks one sector at a time; take(kind, sector, filled) copies what the command
-// wants of each sector into the buffer, or answers the failure that ends the read.
+// Reads the blocks one sector at a time; take(lba, kind, sector, filled) copies what the
+// command wants of each sector into the buffer, or answers the failure that ends the read.
 template <typename TakeFn>
 CommandResult ReadSectors(const SectorSource& medium, const Faults& faults, int64_t lba,
                           int64_t blocks, std::span<uint8_t> buffer, TakeFn take) {
@@ -71,7 +75,8 @@ CommandResult ReadSectors(const SectorSource& medium, const Faults& faults, int6
         const RawSector raw = medium.Read(static_cast<int32_t>(lba + i), sector);
         if (auto failure = ReadFailure(raw.result))
             return *failure;
-        if (auto failure = take(raw.kind, std::span<const uint8_t>(sector), filled))
+        if (auto failure = take(static_cast<int32_t>(lba + i), raw.kind,
+                                std::span<uint8_t, kRawSectorSize>(sector), filled))
             return *failure;
     }
     return CommandResult::Good(filled);
@@ -87,29 +92,43 @@ int64_t RequestedBlocks(Cdb cdb) {
     return 0;
 }
 
-CommandResult ExecuteReadCd(const SectorSource& medium, const Faults& faults, Cdb cdb,
+CommandResult ExecuteReadCd(const SectorSource& medium, Faults& faults, Cdb cdb,
                             std::span<uint8_t> buffer) {
     const auto expectedType = static_cast<uint8_t>((cdb[1] >> 2) & 0x7);
     const uint8_t flags = cdb[9];
     if (!IsValidExpectedType(expectedType) || cdb[10] != 0)
         return kInvalidField;
-    if (!SelectFields(SectorKind::Audio, flags))
+    const auto audioFields = SelectFields(SectorKind::Audio, flags);
+    if (!audioFields)
         return kInvalidField;  // reserved C2 code
-    const std::array<uint8_t, 296> noC2Errors{};
+    if (audioFields->c2Bytes > 0 && !faults.c2Pointers)
+        return kInvalidField;  // this drive has no C2 error pointers
+    ShiftedAudio shifted(medium, faults.readOffsetSamples);
     return ReadSectors(
         medium, faults, Lba(cdb), RequestedBlocks(cdb), buffer,
-        [&](SectorKind kind, std::span<const uint8_t> sector,
+        [&](int32_t lba, SectorKind kind, std::span<uint8_t, kRawSectorSize> sector,
             size_t& filled) -> std::optional<CommandResult> {
             if (!MatchesExpectedType(expectedType, kind))
                 return kIllegalMode;
             const auto fields = SelectFields(kind, flags);
             if (!fields)
                 return kInvalidField;
+            std::array<uint8_t, kC2WithBlockErrorBytes> c2{};
+            if (kind == SectorKind::Audio) {
+                if (faults.readOffsetSamples != 0)
+                    shifted.Read(lba, sector);
+                const auto pointers = std::span(c2).first<kC2PointerBytes>();
+                if (FlakyRead(faults.flaky, lba, sector, pointers)) {
+                    c2[kC2PointerBytes] = std::accumulate(
+                        pointers.begin(), pointers.end(), uint8_t{0},
+                        [](uint8_t all, uint8_t byte) { return static_cast<uint8_t>(all | byte); });
+                }
+            }
             for (size_t r = 0; r < fields->rangeCount; ++r) {
                 const ByteRange range = fields->ranges[r];
                 filled = Append(buffer, filled, sector.subspan(range.offset, range.length));
             }
-            filled = Append(buffer, filled, std::span(noC2Errors).first(fields->c2Bytes));
+            filled = Append(buffer, filled, std::span(c2).first(fields->c2Bytes));
             return std::nullopt;
         });
 }
@@ -118,7 +137,7 @@ CommandResult ExecuteRead10(const SectorSource& medium, const Faults& faults, Cd
                             std::span<uint8_t> buffer) {
     const int64_t lba = static_cast<uint32_t>(Lba(cdb));  // READ(10) addresses are unsigned
     return ReadSectors(medium, faults, lba, RequestedBlocks(cdb), buffer,
-                       [&](SectorKind kind, std::span<const uint8_t> sector,
+                       [&](int32_t, SectorKind kind, std::span<uint8_t, kRawSectorSize> sector,
                            size_t& filled) -> std::optional<CommandResult> {
                            const auto user = BlockUserData(kind);
                            if (!user)

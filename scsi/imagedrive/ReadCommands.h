@@ -16,7 +16,9 @@ using Cdb = std::span<const uint8_t, 16>;
 // Sectors a read command asks for, for the speed throttle.
 int64_t RequestedBlocks(Cdb cdb);
 
-CommandResult ExecuteReadCd(const SectorSource& medium, const Faults& faults, Cdb cdb,
+// Audio sectors come with the drive's read offset, flaky sectors and C2 error pointers applied;
+// the flaky ranges' dice roll on.
+CommandResult ExecuteReadCd(const SectorSource& medium, Faults& faults, Cdb cdb,
                             std::span<uint8_t> buffer);
 CommandResult ExecuteRead10(const SectorSource& medium, const Faults& faults, Cdb cdb,
                             std::span<uint8_t> buffer);

@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "ScsiStatus.h"
+#include "imagedrive/DriveSidecar.h"
 #include "imagedrive/ImageCommands.h"
 #include "imagedrive/ImageLoader.h"
 #include "imagedrive/SectorSource.h"
@@ -80,8 +81,13 @@ ImageResult<std::string> clsImageDrive::AddDrive(const std::string& imagePath) {
     auto medium = OpenMedium(imagePath);
     if (!medium.ok())
         return ImageResult<std::string>::FailFrom(medium);
+    auto sidecar = LoadDriveSidecar(imagePath);
+    if (!sidecar.ok())
+        return ImageResult<std::string>::FailFrom(sidecar);
     slots_.emplace_back(UniqueHandle(imagePath));
     slots_.back().Insert(std::move(medium).Take(), true);
+    if (sidecar.Value())
+        slots_.back().Injected() = std::move(*sidecar.Value());
     return ImageResult<std::string>::Ok(slots_.back().Handle());
 }
 
@@ -141,6 +147,21 @@ bool clsImageDrive::TimeOutNextCommands(const std::string& handle, int commands)
 
 bool clsImageDrive::SetReadSpeed(const std::string& handle, int speedMultiple) {
     return Change(handle, [&](DriveSlot& slot) { slot.Injected().speedMultiple = speedMultiple; });
+}
+
+bool clsImageDrive::SetReadOffset(const std::string& handle, int32_t samples) {
+    return Change(handle, [&](DriveSlot& slot) { slot.Injected().readOffsetSamples = samples; });
+}
+
+bool clsImageDrive::SetC2Pointers(const std::string& handle, bool reported) {
+    return Change(handle, [&](DriveSlot& slot) { slot.Injected().c2Pointers = reported; });
+}
+
+bool clsImageDrive::AddFlakyRange(const std::string& handle, int32_t firstLba, int32_t count,
+                                  double probability, uint32_t seed) {
+    return Change(handle, [&](DriveSlot& slot) {
+        slot.Injected().flaky.push_back(FlakyRange{LbaRange{firstLba, count}, probability, seed});
+    });
 }
 
 bool clsImageDrive::ClearFaults(const std::string& handle) {

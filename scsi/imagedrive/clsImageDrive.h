@@ -25,9 +25,10 @@ class clsImageDrive final : public ISCSI {
     clsImageDrive() = default;
 
     // Adds a drive holding the image at imagePath (a .cue sheet or an .iso file), tray closed
-    // and ready without a unit attention, or an empty drive when imagePath is empty. Answers
-    // the new drive's handle, or the image's error message ("demo.cue, Zeile 7: ...") and adds
-    // nothing.
+    // and ready without a unit attention, or an empty drive when imagePath is empty. A sidecar
+    // beside the image (imagePath + ".drive", see DriveSidecar.h) sets the drive's faults and
+    // quirks. Answers the new drive's handle, or the image's or sidecar's error message
+    // ("demo.cue, Zeile 7: ...") and adds nothing.
     ImageResult<std::string> AddDrive(const std::string& imagePath);
 
     // Tray and medium. Each answers false (or an error) for an unknown handle.
@@ -51,6 +52,13 @@ class clsImageDrive final : public ISCSI {
     bool AddTimeOutRange(const std::string& handle, int32_t firstLba, int32_t count);
     bool TimeOutNextCommands(const std::string& handle, int commands);
     bool SetReadSpeed(const std::string& handle, int speedMultiple);
+    // Quirks of a real drive's audio reading (see Faults): the read offset in samples (+N: the
+    // drive reads N samples late), whether C2 error pointers are reported, and sectors that
+    // read wrong with a probability, from dice started at seed.
+    bool SetReadOffset(const std::string& handle, int32_t samples);
+    bool SetC2Pointers(const std::string& handle, bool reported);
+    bool AddFlakyRange(const std::string& handle, int32_t firstLba, int32_t count,
+                       double probability, uint32_t seed);
     bool ClearFaults(const std::string& handle);
 
     std::string Interface() const override { return "IMAGE"; }

@@ -50,6 +50,24 @@ TEST(ReadTrackList, RowsFollowTheTableOfContents) {
     EXPECT_EQ(list.rows[0].anfang, "00:02:00");
 }
 
+TEST(ReadTrackList, AnEnhancedDiscsAudioEndsAtItsSessionsLeadOut) {
+    const auto written = discgen::WriteDisc(discgen::Enhanced(), plattmix::test::ScratchFolder());
+    ASSERT_TRUE(written.ok()) << written.error;
+    clsImageDrive drive;
+    const auto handle = drive.AddDrive(written.value->cuePath.string());
+    ASSERT_TRUE(handle.ok()) << handle.Error();
+
+    const auto list = audiocd::ReadTrackList(drive, handle.Value());
+    ASSERT_EQ(list.rows.size(), 3u);
+    const int32_t sessionEnd = written.value->sessions.at(0).leadOutLba;
+    const auto& last = list.rows[1];
+    EXPECT_EQ(last.endLba, sessionEnd);
+    EXPECT_EQ(last.ende, modMSF::MSFToString(modMSF::LBAToMSF(sessionEnd)));
+    EXPECT_EQ(last.dauer, "00:03");  // three seconds, not the session gap
+    EXPECT_EQ(list.rows[2].endLba, written.value->leadOutLba);
+    EXPECT_EQ(list.rows[2].inhalt, "Daten");
+}
+
 TEST(ReadTrackList, DauerTruncatesToWholeSeconds) {
     discgen::DiscSpec spec = discgen::AudioThreeTracks();
     spec.tracks[0].sectors = 75 * 65 + 74;  // 1:05 and 74 frames

@@ -169,6 +169,8 @@ INSTANTIATE_TEST_SUITE_P(
         RipCase{"LastTrackTrimmed", discgen::ExactBlockMultiple, nullptr, 3, 151},
         RipCase{"AudioAfterData", discgen::DataTrackFirst, nullptr, 2, 1},
         RipCase{"LastAfterData", discgen::DataTrackFirst, nullptr, 3, 151},
+        // An Enhanced CD: the audio session's last track ends at that session's lead-out.
+        RipCase{"LastOfTheAudioSession", discgen::Enhanced, nullptr, 2, 151},
         RipCase{"FirstTrackFiveFirstRow", discgen::AudioThreeTracks, RenumberFromFive, 1, 1},
         // The last-track field says 7, no row position reaches it: nothing is trimmed.
         RipCase{"FirstTrackFiveLastRow", discgen::AudioThreeTracks, RenumberFromFive, 3, 1},

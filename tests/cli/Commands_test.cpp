@@ -45,6 +45,16 @@ TEST(Cli, TocAndDrivesOfAnImage) {
     EXPECT_NE(second.find("Audio"), std::string::npos);
 }
 
+TEST(Cli, TocOfAnEnhancedDiscEndsTheAudioAtItsSessionsLeadOut) {
+    const auto disc = discgen::WriteDisc(discgen::Enhanced(), plattmix::test::ScratchFolder());
+    ASSERT_TRUE(disc.ok()) << disc.error;
+    const CliRun toc = RunCli({"toc", "--drive", disc.value->cuePath.string()});
+    EXPECT_EQ(toc.code, kExitDone) << toc.err;
+    // Track 2 runs from LBA 300 to the audio session's lead-out at 525 (00:09:00).
+    EXPECT_NE(toc.out.find("\n2      00:03   00:06:00  00:09:00  Audio\n"), std::string::npos)
+        << toc.out;
+}
+
 TEST(Cli, BadUsageAndBadInput) {
     EXPECT_EQ(RunCli({}).code, kExitUsage);
     EXPECT_EQ(RunCli({"rip-everything"}).code, kExitUsage);

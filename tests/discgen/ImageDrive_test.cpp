@@ -2,7 +2,9 @@
 // data must match what the generator says it wrote.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
+#include <filesystem>
 #include <vector>
 
 #include "Crc32.h"
@@ -107,6 +109,31 @@ TEST(ImageDrive, InjectedReadErrorHitsOnlyTheTrackHoldingTheRange) {
             EXPECT_EQ(ReadTrack(l, t), std::make_pair(0, t.crc32)) << "track " << t.number;
         }
     }
+}
+
+// The drive's quirks travel in the sidecar beside the sheet: the offset moves the audio by its
+// samples, the flaky sectors spoil reads of their track; without them the tracks read true.
+TEST(ImageDrive, QuirksOfTheFixturesDriveComeFromItsSidecar) {
+    Loaded late;
+    Load(ReadsLate(), ScratchFolder(), late);
+    ASSERT_TRUE(std::filesystem::exists(late.disc.drivePath));
+    std::vector<uint8_t> shifted(3 * 2352), plain(3 * 2352);
+    ASSERT_EQ(modMMC::ReadCD(late.drive, late.handle, 0, 3, shifted, kUserData), 0);
+    ASSERT_TRUE(late.drive.SetReadOffset(late.handle, 0));
+    ASSERT_EQ(modMMC::ReadCD(late.drive, late.handle, 0, 3, plain, kUserData), 0);
+    constexpr size_t kLateBytes = kReadsLateSamples * 4;
+    EXPECT_TRUE(std::equal(plain.begin(), plain.end() - kLateBytes, shifted.begin() + kLateBytes));
+    EXPECT_TRUE(std::all_of(shifted.begin(), shifted.begin() + kLateBytes,
+                            [](uint8_t b) { return b == 0; }));
+
+    Loaded flaky;
+    Load(FlakySectors(), ScratchFolder(), flaky);
+    const TrackInfo& second = flaky.disc.tracks[1];
+    EXPECT_NE(ReadTrack(flaky, second), std::make_pair(0, second.crc32));
+    EXPECT_EQ(ReadTrack(flaky, flaky.disc.tracks[0]),
+              std::make_pair(0, flaky.disc.tracks[0].crc32));
+    ASSERT_TRUE(flaky.drive.ClearFaults(flaky.handle));
+    EXPECT_EQ(ReadTrack(flaky, second), std::make_pair(0, second.crc32));
 }
 
 }  // namespace

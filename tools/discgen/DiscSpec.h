@@ -34,12 +34,33 @@ struct TrackSpec {
     std::string performer;  // CD-Text; empty writes no PERFORMER line
 };
 
+// Sectors the image drive reads wrong now and then (its FLAKY setting).
+struct FlakySpec {
+    int32_t firstLba = 0;
+    int32_t count = 0;
+    double probability = 0.0;  // of a wrong read, 0 to 1
+    uint32_t seed = 0;         // of the drive's dice: the same seed, the same errors
+};
+
+// How the image drive behaves with the disc. Anything but a plain drive is written beside the
+// sheet as its sidecar, <name>.cue.drive, which the image drive reads when it loads the sheet.
+struct DriveSpec {
+    // +N: the drive reads N samples late (returns at sample p what lies at p - N), so the
+    // true audio comes back when ripped with the offset +N.
+    int32_t readOffsetSamples = 0;
+    bool c2Pointers = true;
+    std::vector<FlakySpec> flaky;
+
+    bool Plain() const { return readOffsetSamples == 0 && c2Pointers && flaky.empty(); }
+};
+
 struct DiscSpec {
     std::string name;  // fixture name, also the CUE file's base name
     std::string title;
     std::string performer;
     std::vector<std::string> files;  // BIN file names, in disc order
     std::vector<TrackSpec> tracks;   // numbered from 1 in this order
+    DriveSpec drive;
 };
 
 struct TrackInfo {
@@ -75,9 +96,10 @@ struct FileInfo {
 struct DiscDescription {
     std::string name;
     std::filesystem::path cuePath;
-    std::string cueText;    // the sheet's exact content
-    std::string title;      // expected CD-Text TITLE of the disc
-    std::string performer;  // expected CD-Text PERFORMER of the disc
+    std::string cueText;              // the sheet's exact content
+    std::filesystem::path drivePath;  // the drive's sidecar; empty for a plain drive
+    std::string title;                // expected CD-Text TITLE of the disc
+    std::string performer;            // expected CD-Text PERFORMER of the disc
     std::vector<TrackInfo> tracks;
     std::vector<SessionInfo> sessions;
     std::vector<FileInfo> files;

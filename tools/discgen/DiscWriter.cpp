@@ -12,6 +12,7 @@
 #include "CueSheet.h"
 #include "DataSector.h"
 #include "DiscLayout.h"
+#include "SidecarText.h"
 
 namespace plattmix::discgen {
 
@@ -169,12 +170,17 @@ Result<DiscDescription> Generate(const DiscSpec& spec, const std::filesystem::pa
         return Result<DiscDescription>::Fail(layout.error);
     }
     const std::filesystem::path cue = folder / (spec.name + ".cue");
+    const std::filesystem::path sidecar = cue.string() + kSidecarExtension;
     if (write) {
-        // The sheet goes last, so an interrupted run never leaves a sheet over partial files.
+        // The sheet goes last, so an interrupted run never leaves a sheet over partial files;
+        // a sidecar of an earlier run must not stay behind a plain drive.
         std::error_code ec;
         std::filesystem::create_directories(folder, ec);
         if (!ec) {
             std::filesystem::remove(cue, ec);
+        }
+        if (!ec) {
+            std::filesystem::remove(sidecar, ec);
         }
         if (ec) {
             return Result<DiscDescription>::Fail("Ordner nicht vorbereitet: " + folder.string() +
@@ -188,7 +194,15 @@ Result<DiscDescription> Generate(const DiscSpec& spec, const std::filesystem::pa
         return Result<DiscDescription>::Fail(why);
     }
     DiscDescription d = Describe(spec, *layout.value, folder, spans, std::move(files));
+    if (!spec.drive.Plain()) {
+        d.drivePath = sidecar;
+    }
     if (write) {
+        if (!spec.drive.Plain()) {
+            if (std::string why = WriteText(sidecar, SidecarText(spec.drive)); !why.empty()) {
+                return Result<DiscDescription>::Fail(why);
+            }
+        }
         if (std::string why = WriteText(cue, d.cueText); !why.empty()) {
             return Result<DiscDescription>::Fail(why);
         }

@@ -158,6 +158,21 @@ DiscSpec Enhanced() {
     return d;
 }
 
+DiscSpec ReadsLate(int32_t samples) {
+    DiscSpec d = AudioThreeTracks();
+    d.name = "ReadsLate";
+    d.drive.readOffsetSamples = samples;
+    return d;
+}
+
+DiscSpec FlakySectors() {
+    DiscSpec d = AudioThreeTracks();
+    d.name = "FlakySectors";
+    const int32_t middle = d.tracks[0].sectors + d.tracks[1].sectors / 2;
+    d.drive.flaky.push_back(FlakySpec{middle - 5, 10, 0.5, 16});
+    return d;
+}
+
 DiscSpec TinyTracks() {
     return OneFileAudio("TinyTracks", "Winzig", {1, 2, 3, 4});
 }

@@ -41,6 +41,14 @@ DiscSpec TinyTracks();
 // About four minutes per track in one file; 1 to 100 minutes make a valid disc.
 DiscSpec Large(int minutes);
 
+// Discs whose drive has a quirk (written into the drive's sidecar beside the sheet): the
+// three tracks of AudioThreeTracks, read late by the given samples (ripping with the offset
+// +samples gives the true audio), or with ten flaky sectors in the middle of track 2 that read
+// wrong half of the time (C2 pointers mark the wrong bytes).
+inline constexpr int32_t kReadsLateSamples = 667;
+DiscSpec ReadsLate(int32_t samples = kReadsLateSamples);
+DiscSpec FlakySectors();
+
 // Read errors are not part of an image: the image drive injects them. This names the disc to
 // load and the sectors to make unreadable.
 struct LbaRange {

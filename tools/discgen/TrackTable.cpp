@@ -33,6 +33,9 @@ std::string TrackTableText(const DiscDescription& disc) {
     for (const FileInfo& f : disc.files) {
         out += FileLine(f);
     }
+    if (!disc.drivePath.empty()) {
+        out += "Laufwerk: " + disc.drivePath.string() + "\n";
+    }
     return out;
 }
 

@@ -8,7 +8,7 @@
 namespace plattmix::discgen {
 
 // One header line, one line per track (number, session, mode, start LBA, sectors, CRC-32 in
-// hex, title), then the lead-out and the files.
+// hex, title), then the lead-out, the files and the drive's sidecar if there is one.
 std::string TrackTableText(const DiscDescription& disc);
 
 }  // namespace plattmix::discgen

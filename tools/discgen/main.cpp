@@ -1,4 +1,6 @@
-// plattmix-mkdisc FIXTURE OUTDIR [--minutes N]: writes a test disc and prints its track table.
+// plattmix-mkdisc FIXTURE OUTDIR [--minutes N] [--offset N] [--no-c2]
+//                 [--flaky FIRST,COUNT,P,SEED]...: writes a test disc, with the image drive's
+// quirks in a sidecar when asked for, and prints its track table.
 #include <charconv>
 #include <cstdio>
 #include <string>
@@ -17,20 +19,45 @@ struct Arguments {
     std::string fixture;
     std::string folder;
     int minutes = kDefaultLargeMinutes;
+    DriveSpec drive;
 };
 
 int Usage() {
-    std::fprintf(stderr, "Aufruf: plattmix-mkdisc FIXTURE ZIELORDNER [--minutes N]\nFixtures:");
+    std::fprintf(stderr,
+                 "Aufruf: plattmix-mkdisc FIXTURE ZIELORDNER [--minutes N] [--offset N] "
+                 "[--no-c2] [--flaky ERSTER,ANZAHL,P,STARTWERT]...\nFixtures:");
     for (const Fixture f : AllFixtures()) {
         std::fprintf(stderr, " %s", std::string(FixtureName(f)).c_str());
     }
-    std::fprintf(stderr, " Demo\n");
+    std::fprintf(stderr, " Demo ReadsLate FlakySectors\n");
     return 2;
 }
 
-bool ParseMinutes(std::string_view text, int& minutes) {
-    const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), minutes);
+template <typename Number>
+bool ParseNumber(std::string_view text, Number& value) {
+    if (text.starts_with('+')) {
+        text.remove_prefix(1);
+    }
+    const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
     return ec == std::errc{} && end == text.data() + text.size();
+}
+
+// "FIRST,COUNT,P,SEED"
+bool ParseFlaky(std::string_view text, DriveSpec& drive) {
+    std::string_view parts[4];
+    for (auto& part : parts) {
+        const size_t comma = text.find(',');
+        part = text.substr(0, comma);
+        text = comma == std::string_view::npos ? std::string_view{} : text.substr(comma + 1);
+    }
+    FlakySpec flaky;
+    if (!text.empty() || !ParseNumber(parts[0], flaky.firstLba) ||
+        !ParseNumber(parts[1], flaky.count) || !ParseNumber(parts[2], flaky.probability) ||
+        !ParseNumber(parts[3], flaky.seed)) {
+        return false;
+    }
+    drive.flaky.push_back(flaky);
+    return true;
 }
 
 bool Parse(int argc, char** argv, Arguments& args) {
@@ -38,9 +65,19 @@ bool Parse(int argc, char** argv, Arguments& args) {
     for (int i = 1; i < argc; ++i) {
         const std::string_view arg = argv[i];
         if (arg == "--minutes" && i + 1 < argc) {
-            if (!ParseMinutes(argv[++i], args.minutes)) {
+            if (!ParseNumber(std::string_view(argv[++i]), args.minutes)) {
                 return false;
             }
+        } else if (arg == "--offset" && i + 1 < argc) {
+            if (!ParseNumber(std::string_view(argv[++i]), args.drive.readOffsetSamples)) {
+                return false;
+            }
+        } else if (arg == "--flaky" && i + 1 < argc) {
+            if (!ParseFlaky(argv[++i], args.drive)) {
+                return false;
+            }
+        } else if (arg == "--no-c2") {
+            args.drive.c2Pointers = false;
         } else if (!arg.starts_with("-") && positional < 2) {
             (positional++ == 0 ? args.fixture : args.folder) = std::string(arg);
         } else {
@@ -53,6 +90,12 @@ bool Parse(int argc, char** argv, Arguments& args) {
 std::optional<DiscSpec> SpecFor(const Arguments& args) {
     if (args.fixture == "Demo") {
         return DemoDiscSpec();
+    }
+    if (args.fixture == "ReadsLate") {
+        return ReadsLate();
+    }
+    if (args.fixture == "FlakySectors") {
+        return FlakySectors();
     }
     const std::optional<Fixture> fixture = FixtureByName(args.fixture);
     if (!fixture) {
@@ -68,10 +111,13 @@ int main(int argc, char** argv) {
     if (!Parse(argc, argv, args)) {
         return Usage();
     }
-    const std::optional<DiscSpec> spec = SpecFor(args);
+    std::optional<DiscSpec> spec = SpecFor(args);
     if (!spec) {
         std::fprintf(stderr, "Unbekannte Fixture: %s\n", args.fixture.c_str());
         return Usage();
+    }
+    if (!args.drive.Plain()) {
+        spec->drive = args.drive;
     }
     const Result<DiscDescription> disc = WriteDisc(*spec, args.folder);
     if (!disc.ok()) {

@@ -1,0 +1,66 @@
+// Reading a track's audio for the secure mode: by sample positions with the drive's read offset
+// applied, in blocks of 27 sectors' worth of samples, the samples the drive cannot deliver (before
+// the disc's start, at and after its lead-out) as silence, with C2 error pointers where the drive
+// reports them, and a read far away before a block is read again so that the drive's cache
+// cannot answer for the disc.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "ISCSI.h"
+
+namespace plattmix::audiocd {
+
+inline constexpr int64_t kSamplesPerSector = 588;
+inline constexpr int kSampleBytes = 4;  // 16-bit stereo
+
+// A track as the secure mode reads it: every sector from its first to its last.
+struct SecureTrackSpan {
+    int32_t firstLba = 0;
+    int32_t endLba = 0;  // the first sector after the track
+    int64_t Samples() const {
+        return (static_cast<int64_t>(endLba) - firstLba) * kSamplesPerSector;
+    }
+    int64_t AudioBytes() const { return Samples() * kSampleBytes; }
+};
+
+class SecureReader {
+  public:
+    // leadOut: the disc's lead-out, the first sector the drive cannot read; offset: the drive's
+    // read offset in samples (+N: the track's sample p is what the drive returns at p + N); c2:
+    // ask for C2 error pointers.
+    SecureReader(scsi::ISCSI& transport, std::string handle, int32_t leadOut, int offset, bool c2);
+
+    static size_t BlockCount(const SecureTrackSpan& span);
+
+    struct Block {
+        bool read = false;      // false: the drive failed the request
+        bool c2Errors = false;  // the drive marked bytes of the block as unreliable
+        std::vector<uint8_t> audio;
+    };
+    // The track's block index: its samples with the offset applied.
+    Block Read(const SecureTrackSpan& span, size_t index);
+    // The same block again, the drive's cache defeated first.
+    Block ReRead(const SecureTrackSpan& span, size_t index);
+
+    // The first LBA of the failed request, after a block that was not read.
+    int32_t FailedLba() const { return failedLba_; }
+    int32_t FailedEnd() const { return failedEnd_; }
+
+  private:
+    bool ReadSectors(int32_t lba, int32_t count, std::vector<uint8_t>& raw, bool& c2Errors);
+
+    scsi::ISCSI* transport_;
+    std::string handle_;
+    int32_t leadOut_;
+    int offset_;
+    bool c2_;
+    int32_t failedLba_ = 0;
+    int32_t failedEnd_ = 0;
+    std::vector<uint8_t> raw_;
+};
+
+}  // namespace plattmix::audiocd
