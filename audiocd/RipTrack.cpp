@@ -13,6 +13,7 @@
 #include <system_error>
 
 #include "TrackReader.h"
+#include "WavFile.h"
 
 namespace plattmix::audiocd {
 namespace {
@@ -42,61 +43,6 @@ ReadOutcome ReadTrackBlocks(TrackReader& reader, const JobHooks& hooks, const Bl
     }
 }
 
-std::string SystemError(int error) {
-    return std::generic_category().message(error);
-}
-
-// The target file, opened for reading and writing without cutting off what lies beyond the
-// bytes written now. Any failure is kept as a German text naming the file and the reason.
-class WavFile {
-  public:
-    explicit WavFile(std::string path) : path_(std::move(path)) {
-        fd_ = ::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
-        if (fd_ < 0)
-            error_ = "Die Datei " + path_ + " kann nicht geöffnet werden: " + SystemError(errno);
-    }
-    WavFile(const WavFile&) = delete;
-    WavFile& operator=(const WavFile&) = delete;
-    ~WavFile() { Close(); }
-
-    bool IsOpen() const { return fd_ >= 0; }
-    const std::string& Error() const { return error_; }
-
-    // Appends at the current position (the start, right after opening).
-    bool Append(std::span<const uint8_t> bytes) {
-        while (!bytes.empty()) {
-            const ssize_t written = ::write(fd_, bytes.data(), bytes.size());
-            if (written < 0 && errno == EINTR)
-                continue;
-            if (written <= 0) {
-                Failed(written < 0 ? errno : ENOSPC);
-                return false;
-            }
-            bytes = bytes.subspan(static_cast<size_t>(written));
-        }
-        return true;
-    }
-
-    bool Close() {
-        if (fd_ < 0)
-            return error_.empty();
-        const int result = ::close(fd_);
-        fd_ = -1;
-        if (result != 0 && error_.empty())
-            Failed(errno);
-        return error_.empty();
-    }
-
-  private:
-    void Failed(int error) {
-        error_ = "Fehler beim Schreiben der Datei " + path_ + ": " + SystemError(error);
-    }
-
-    std::string path_;
-    int fd_ = -1;
-    std::string error_;
-};
-
 // What every extraction does first: progress 0 and a yield, then the track's reader.
 std::optional<TrackReader> StartTrack(scsi::ISCSI& transport, std::string handle, int16_t track,
                                       const JobHooks& hooks) {
@@ -116,7 +62,7 @@ std::optional<std::string> RipTrackWav(scsi::ISCSI& transport, std::string handl
     if (!reader)
         return std::nullopt;
 
-    WavFile file(filePath);
+    WavFile file(filePath, false);
     if (!file.IsOpen() || !file.Append(reader->Header())) {
         hooks.Warn(file.Error());
         return std::nullopt;

@@ -11,7 +11,7 @@
 namespace plattmix::audiocd {
 namespace {
 
-constexpr int64_t kBlockSamples = kRipBlockSectors * kSamplesPerSector;
+constexpr int64_t kBlockSamples = kRipBlockSectors * kSectorSamples;
 constexpr size_t kSectorBytes = static_cast<size_t>(modMSF::kAudioFrameBytes);
 constexpr size_t kC2Bytes = 294;             // one bit per byte of the sector
 constexpr uint8_t kReadCdC2Pointers = 0x02;  // byte 9: the C2 error pointers after each sector
@@ -62,7 +62,7 @@ bool SecureReader::ReadSectors(int32_t lba, int32_t count, std::vector<uint8_t>&
 }
 
 SecureReader::Block SecureReader::Read(const SecureTrackSpan& span, size_t index) {
-    const int64_t trackStart = static_cast<int64_t>(span.firstLba) * kSamplesPerSector;
+    const int64_t trackStart = static_cast<int64_t>(span.firstLba) * kSectorSamples;
     const int64_t first = static_cast<int64_t>(index) * kBlockSamples;
     const int64_t count = std::min(kBlockSamples, span.Samples() - first);
     Block block;
@@ -71,17 +71,16 @@ SecureReader::Block SecureReader::Read(const SecureTrackSpan& span, size_t index
     const int64_t from = trackStart + first + offset_;
     const int64_t to = from + count;
     const int64_t readFrom = std::max<int64_t>(from, 0);
-    const int64_t readTo =
-        std::min<int64_t>(to, static_cast<int64_t>(leadOut_) * kSamplesPerSector);
+    const int64_t readTo = std::min<int64_t>(to, static_cast<int64_t>(leadOut_) * kSectorSamples);
     if (readFrom >= readTo) {
         block.read = true;  // all silence
         return block;
     }
-    const auto lba = static_cast<int32_t>(FloorDiv(readFrom, kSamplesPerSector));
-    const auto endLba = static_cast<int32_t>(FloorDiv(readTo - 1, kSamplesPerSector) + 1);
+    const auto lba = static_cast<int32_t>(FloorDiv(readFrom, kSectorSamples));
+    const auto endLba = static_cast<int32_t>(FloorDiv(readTo - 1, kSectorSamples) + 1);
     if (!ReadSectors(lba, endLba - lba, raw_, block.c2Errors))
         return block;
-    const int64_t skip = readFrom - static_cast<int64_t>(lba) * kSamplesPerSector;
+    const int64_t skip = readFrom - static_cast<int64_t>(lba) * kSectorSamples;
     std::memcpy(block.audio.data() + (readFrom - from) * kSampleBytes,
                 raw_.data() + skip * kSampleBytes,
                 static_cast<size_t>((readTo - readFrom) * kSampleBytes));

@@ -10,20 +10,19 @@
 #include <string>
 #include <vector>
 
+#include "AccurateRipChecksum.h"
 #include "ISCSI.h"
 
 namespace plattmix::audiocd {
 
-inline constexpr int64_t kSamplesPerSector = 588;
-inline constexpr int kSampleBytes = 4;  // 16-bit stereo
+inline constexpr int64_t kSectorSamples = kSamplesPerSector;
+inline constexpr int64_t kSampleBytes = 4;  // 16-bit stereo
 
 // A track as the secure mode reads it: every sector from its first to its last.
 struct SecureTrackSpan {
     int32_t firstLba = 0;
     int32_t endLba = 0;  // the first sector after the track
-    int64_t Samples() const {
-        return (static_cast<int64_t>(endLba) - firstLba) * kSamplesPerSector;
-    }
+    int64_t Samples() const { return (static_cast<int64_t>(endLba) - firstLba) * kSectorSamples; }
     int64_t AudioBytes() const { return Samples() * kSampleBytes; }
 };
 

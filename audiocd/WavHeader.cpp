@@ -49,12 +49,10 @@ class HeaderWriter {
     size_t at_ = 0;
 };
 
-}  // namespace
-
-std::optional<WavHeaderBytes> WavHeader(int64_t audioBytes) {
+// The header with dataSize in its data chunk.
+std::optional<WavHeaderBytes> HeaderWith(int64_t audioBytes, int64_t dataSize) {
     // Both size fields are signed 32-bit sums; out of range means no header at all.
     const int64_t riffSize = (audioBytes + kHeaderBytes) - 8;
-    const int64_t dataSize = audioBytes - kHeaderBytes;
     if (!FitsInt32(audioBytes) || !FitsInt32(riffSize) || !FitsInt32(dataSize))
         return std::nullopt;
 
@@ -75,8 +73,18 @@ std::optional<WavHeaderBytes> WavHeader(int64_t audioBytes) {
     out.U16(kBlockAlign);
     out.U16(kBitsPerSample);
     out.Tag("data", 4);
-    out.I32(static_cast<int32_t>(dataSize));  // N - 44: the header's length less than the audio
+    out.I32(static_cast<int32_t>(dataSize));
     return bytes;
+}
+
+}  // namespace
+
+std::optional<WavHeaderBytes> WavHeader(int64_t audioBytes) {
+    return HeaderWith(audioBytes, audioBytes - kHeaderBytes);  // N - 44: under-states the audio
+}
+
+std::optional<WavHeaderBytes> StandardWavHeader(int64_t audioBytes) {
+    return HeaderWith(audioBytes, audioBytes);
 }
 
 }  // namespace plattmix::audiocd

@@ -15,4 +15,7 @@ using WavHeaderBytes = std::array<uint8_t, kWavHeaderSize>;
 // Nothing when N + 36 or N - 44 leaves the signed 32-bit range.
 std::optional<WavHeaderBytes> WavHeader(int64_t audioBytes);
 
+// The standard header, as the secure mode writes it: the data size is N itself.
+std::optional<WavHeaderBytes> StandardWavHeader(int64_t audioBytes);
+
 }  // namespace plattmix::audiocd

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "MmcOpcodes.h"
+#include "ScsiStatus.h"
 #include "modMSF.h"
 
 namespace plattmix::modMMC {
@@ -82,6 +83,15 @@ Cdb10 BuildReadCD(uint32_t lba, uint32_t blocks, uint8_t flags) {
     cdb[7] = static_cast<uint8_t>(ShiftRight(blocks, 8) & 255);
     cdb[8] = static_cast<uint8_t>(blocks & 255);
     cdb[9] = flags;
+    return cdb;
+}
+
+Cdb10 BuildGetConfiguration(uint16_t feature, uint16_t allocation) {
+    Cdb10 cdb{};
+    cdb[0] = scsi::kOpGetConfiguration;
+    cdb[1] = 2;  // the one feature named
+    PutBigEndian16(cdb, 2, feature);
+    PutBigEndian16(cdb, 7, allocation);
     return cdb;
 }
 
@@ -221,6 +231,32 @@ uint16_t CdTextCrc(std::span<const uint8_t> bytes) {
         }
     }
     return static_cast<uint16_t>(~crc);
+}
+
+namespace {
+constexpr uint16_t kFeatureCdRead = 0x001E;
+constexpr uint8_t kCdReadC2Flag = 0x02;
+constexpr size_t kFeatureHeaderBytes = 8;
+}  // namespace
+
+bool ReportsC2Pointers(std::span<const uint8_t> reply) {
+    // The header, then descriptors: code (2), version and flags, length, then the data.
+    size_t at = kFeatureHeaderBytes;
+    while (at + 4 <= reply.size()) {
+        const auto code = static_cast<uint16_t>((reply[at] << 8) | reply[at + 1]);
+        const size_t length = reply[at + 3];
+        if (code == kFeatureCdRead)
+            return length >= 1 && at + 4 < reply.size() && (reply[at + 4] & kCdReadC2Flag) != 0;
+        at += 4 + length;
+    }
+    return false;
+}
+
+bool DriveReportsC2(scsi::ISCSI& transport, std::string& Handle) {
+    std::array<uint8_t, 32> reply{};
+    return Send(transport, Handle, BuildGetConfiguration(kFeatureCdRead, reply.size()), reply) ==
+               scsi::kStatusGood &&
+           ReportsC2Pointers(reply);
 }
 
 }  // namespace plattmix::modMMC

@@ -40,6 +40,8 @@ Cdb10 BuildRead10(uint32_t lba, uint16_t blocks);
 Cdb10 BuildReadCD(uint32_t lba, uint32_t blocks, uint8_t flags);
 Cdb6 BuildStartStopUnit(bool loadEject, bool start);
 Cdb10 BuildGetEventStatus(uint8_t classes, uint16_t allocation);
+// GET CONFIGURATION for the one feature (RT 2).
+Cdb10 BuildGetConfiguration(uint16_t feature, uint16_t allocation);
 Cdb10 BuildReadCapacity();
 
 // Senders: each returns the transport's status unchanged.
@@ -119,5 +121,10 @@ std::optional<FullToc> ParseFullToc(std::span<const uint8_t> reply);
 // The CRC of a CD-Text pack over its first 16 bytes: CRC-16/CCITT (polynomial 0x1021, start
 // 0), inverted; stored big-endian in bytes 16 and 17.
 uint16_t CdTextCrc(std::span<const uint8_t> bytes);
+
+// Whether a GET CONFIGURATION reply holds the CD Read feature with its C2 flag set.
+bool ReportsC2Pointers(std::span<const uint8_t> reply);
+// Asks the drive; false when it does not answer or has no C2 flag.
+bool DriveReportsC2(scsi::ISCSI& transport, std::string& Handle);
 
 }  // namespace plattmix::modMMC
