@@ -3,8 +3,10 @@
 // drive sets for bytes it could not correct).
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <span>
+#include <vector>
 
 #include "imagedrive/DriveSlot.h"
 #include "imagedrive/SectorSource.h"

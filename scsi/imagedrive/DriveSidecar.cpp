@@ -4,10 +4,11 @@
 #include <cctype>
 #include <charconv>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <sstream>
 #include <vector>
+
+#include "imagedrive/ImageLoader.h"
 
 namespace plattmix::scsi::imagedrive {
 
@@ -130,20 +131,14 @@ ImageResult<Faults> ParseDriveSidecar(std::string_view text, const std::string& 
 
 ImageResult<std::optional<Faults>> LoadDriveSidecar(const std::string& imagePath) {
     using Result = ImageResult<std::optional<Faults>>;
-    const std::filesystem::path path(imagePath + kDriveSidecarExtension);
-    const std::string name = path.filename().string();
+    const std::string path = imagePath + kDriveSidecarExtension;
     std::error_code ec;
     if (!std::filesystem::exists(path, ec))
         return Result::Ok(std::nullopt);
-    const auto size = std::filesystem::file_size(path, ec);
-    if (ec || size > kMaxSidecarBytes)
-        return Result::Fail(ImageMessage(name, 0, "Datei nicht lesbar"));
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    if (!in)
-        return Result::Fail(ImageMessage(name, 0, "Datei nicht lesbar"));
-    auto faults = ParseDriveSidecar(text.str(), name);
+    const auto text = ReadTextFile(path, kMaxSidecarBytes, "zu groß für Laufwerkseinstellungen");
+    if (!text.ok())
+        return Result::FailFrom(text);
+    auto faults = ParseDriveSidecar(text.Value(), std::filesystem::path(path).filename().string());
     if (!faults.ok())
         return Result::FailFrom(faults);
     return Result::Ok(std::move(faults).Take());

@@ -39,19 +39,11 @@ int64_t RegularFileSize(const std::string& path) {
 ImageResult<DiscImage> LoadSheet(const fs::path& path) {
     using Result = ImageResult<DiscImage>;
     const std::string name = path.filename().string();
-    const int64_t size = RegularFileSize(path.string());
-    if (size < 0)
-        return Result::Fail(ImageMessage(name, 0, "Datei nicht gefunden"));
-    if (static_cast<std::uintmax_t>(size) > kMaxSheetBytes) {
-        return Result::Fail(ImageMessage(name, 0, "zu groß für ein CUE-Sheet"));
-    }
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    if (!in)
-        return Result::Fail(ImageMessage(name, 0, "Datei nicht lesbar"));
+    const auto text = ReadTextFile(path.string(), kMaxSheetBytes, "zu groß für ein CUE-Sheet");
+    if (!text.ok())
+        return Result::FailFrom(text);
 
-    auto sheet = ParseCueSheet(text.str(), path.parent_path().string(), name);
+    auto sheet = ParseCueSheet(text.Value(), path.parent_path().string(), name);
     if (!sheet.ok())
         return Result::FailFrom(sheet);
     std::vector<int64_t> sizes;
@@ -83,6 +75,23 @@ ImageResult<DiscImage> LoadIso(const fs::path& path) {
 }
 
 }  // namespace
+
+ImageResult<std::string> ReadTextFile(const std::string& path, std::uintmax_t maxBytes,
+                                      const std::string& tooLarge) {
+    using Result = ImageResult<std::string>;
+    const std::string name = fs::path(path).filename().string();
+    const int64_t size = RegularFileSize(path);
+    if (size < 0)
+        return Result::Fail(ImageMessage(name, 0, "Datei nicht gefunden"));
+    if (static_cast<std::uintmax_t>(size) > maxBytes)
+        return Result::Fail(ImageMessage(name, 0, tooLarge));
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    if (!in)
+        return Result::Fail(ImageMessage(name, 0, "Datei nicht lesbar"));
+    return Result::Ok(text.str());
+}
 
 ImageResult<DiscImage> LoadImage(const std::string& path) {
     const fs::path file(path);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "CdAudioDisc.h"
+#include "EnhancedTocReplies.h"
 #include "modMMC.h"
 
 using namespace plattmix;
@@ -13,16 +14,8 @@ using audiocd::CdAudioDisc;
 namespace {
 
 using Bytes = std::vector<uint8_t>;
-
-// Format 0, LBA form: two audio tracks (control 0), a data track (control 4), the lead-out.
-const Bytes kEnhancedToc{0x00, 0x22, 0x01, 0x03,                           //
-                         0x00, 0x10, 0x01, 0x00, 0x00, 0x00, 0x00, 0x00,   // 1 at 0
-                         0x00, 0x10, 0x02, 0x00, 0x00, 0x00, 0x01, 0x2C,   // 2 at 300
-                         0x00, 0x14, 0x03, 0x00, 0x00, 0x00, 0x2E, 0xE5,   // 3 at 12005
-                         0x00, 0x14, 0xAA, 0x00, 0x00, 0x00, 0x30, 0xD9};  // lead-out at 12505
-
-// Format 1: sessions 1 to 2, the last one starting with track 3 at 12005.
-const Bytes kTwoSessions{0x00, 0x0A, 0x01, 0x02, 0x00, 0x14, 0x03, 0x00, 0x00, 0x00, 0x2E, 0xE5};
+using test::kEnhancedToc;
+using test::kTwoSessions;
 
 CdAudioDisc Enhanced(bool withSessions) {
     auto disc = audiocd::DiscFromToc(*modMMC::ParseTOC(kEnhancedToc));

@@ -4,6 +4,7 @@
 
 #include <vector>
 
+#include "EnhancedTocReplies.h"
 #include "SessionToc.h"
 #include "TrackBounds.h"
 #include "modMMC.h"
@@ -14,13 +15,8 @@ using audiocd::SessionToc;
 namespace {
 
 using Bytes = std::vector<uint8_t>;
-
-// Format 0, LBA form: audio tracks 1 at 0 and 2 at 300, data track 3 at 12005, lead-out 12505.
-const Bytes kEnhancedToc{0x00, 0x22, 0x01, 0x03,                           //
-                         0x00, 0x10, 0x01, 0x00, 0x00, 0x00, 0x00, 0x00,   //
-                         0x00, 0x10, 0x02, 0x00, 0x00, 0x00, 0x01, 0x2C,   //
-                         0x00, 0x14, 0x03, 0x00, 0x00, 0x00, 0x2E, 0xE5,   //
-                         0x00, 0x14, 0xAA, 0x00, 0x00, 0x00, 0x30, 0xD9};  //
+using test::kEnhancedToc;
+using test::kTwoSessions;
 
 // Format 2: session 1 ends at 00:10:05 (LBA 605), session 2 at 02:48:55 (LBA 12505); an ADR 5
 // entry (B0) in between is not a position and is passed over.
@@ -35,9 +31,6 @@ const Bytes kEnhancedFullToc{
     0x02, 0x14, 0x00, 0xA2, 0,    0,    0,    0,    0x02, 0x30, 0x37,   // lead-out 02:48:55
     0x02, 0x14, 0x00, 0x03, 0,    0,    0,    0,    0x02, 0x2A, 0x05,   // track 3
     0x02, 0x14, 0x00, 0xA0, 0,    0,    0,    0,    0x03, 0x00, 0x00};  // cut by the length
-
-// Format 1: sessions 1 to 2, the last one starting with track 3 at 12005.
-const Bytes kTwoSessions{0x00, 0x0A, 0x01, 0x02, 0x00, 0x14, 0x03, 0x00, 0x00, 0x00, 0x2E, 0xE5};
 
 SessionToc OneSession() {
     const auto toc = audiocd::SessionTocFromToc(*modMMC::ParseTOC(kEnhancedToc), false);
