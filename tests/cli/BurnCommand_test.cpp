@@ -123,6 +123,34 @@ TEST_F(BurnCommandTest, FurtherSessionOnlyWithMultisession) {
     EXPECT_EQ(ReadBack(root / "disk.iso", "spaeter.txt"), "später");
 }
 
+// --verify reads an image and both sessions of a compilation back before it says "Brennen
+// erfolgreich!".
+TEST_F(BurnCommandTest, VerifyReadsTheBurnBack) {
+    authoring::FolderListing listing;
+    authoring::ShowOrdnerInhalt((root / "Fotos").string(), listing, {});
+    const fs::path image = root / "fotos.iso";
+    ASSERT_EQ(
+        authoring::CreateIsoImage({(root / "Fotos").string(), "", image.string()}, listing, {})
+            .outcome,
+        authoring::IsoOutcome::Done);
+    const std::string imageDrive = "stdio:" + (root / "bild.iso").string();
+    const CliRun burnt =
+        RunCli("burn", {{"--drive", imageDrive}, {"--image", image.string()}, {"--verify", ""}});
+    EXPECT_EQ(burnt.code, kExitDone) << burnt.err;
+    EXPECT_NE(burnt.out.find("Überprüfen der Daten..."), std::string::npos) << burnt.out;
+    EXPECT_NE(burnt.out.find("Brennen erfolgreich!"), std::string::npos) << burnt.out;
+
+    for (const fs::path& path : {root / "Fotos", root / "notiz.txt"}) {
+        const CliRun session =
+            RunCli("burn", {{"--drive", drive}, {"--multisession", ""}, {"--verify", ""}},
+                   {path.string()});
+        EXPECT_EQ(session.code, kExitDone) << path << session.err;
+        EXPECT_NE(session.out.find("Überprüfen der Daten..."), std::string::npos) << session.out;
+    }
+    EXPECT_EQ(ReadBack(root / "disk.iso", "Fotos/bild.jpg"), std::string(3000, 'j'));
+    EXPECT_EQ(ReadBack(root / "disk.iso", "notiz.txt"), "Notiz");
+}
+
 TEST_F(BurnCommandTest, EraseOnlyWithAnAnswer) {
     ASSERT_EQ(RunCli("burn", {{"--drive", drive}}, {(root / "notiz.txt").string()}).code,
               kExitDone);
