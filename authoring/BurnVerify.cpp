@@ -213,8 +213,13 @@ VerifyRun VerifyCompilation(IRecorder& recorder, const CompilationListing& listi
 }
 
 bool ReportVerify(const VerifyRun& run, const BurnHooks& hooks, BurnResult& result) {
-    if (run.end == VerifyEnd::Equal)
+    if (run.end == VerifyEnd::Equal) {
+        // The status line is back where the write left it.
+        WriteProgress completed;
+        completed.action = kActionCompleted;
+        ShowProgress(hooks, result.status, completed);
         return true;
+    }
     result.detail = run.detail;
     if (run.end == VerifyEnd::Aborted) {
         result.outcome = BurnOutcome::Aborted;

@@ -42,10 +42,11 @@ VerifyRun VerifyCompilation(IRecorder& recorder, const CompilationListing& listi
                             const std::string& excludedFile, const BurnHooks& hooks,
                             std::string& status);
 
-// What the user is shown after the check. True when it found everything equal: the burn goes on
-// to its success. Otherwise result holds the end of the run: a difference is "Fehler beim
-// Prüfen: " and where, in the status line and a message box (exclamation), "Fehler!" in the
-// list; Escape is "Aktion abgebrochen!" and a box saying that the burn itself was completed.
+// What the user is shown after the check. True when it found everything equal: the status line
+// shows "Brennvorgang abgeschlossen." again and the burn goes on to its success. Otherwise result
+// holds the end of the run: a difference is "Fehler beim Prüfen: " and where, in the status line
+// and a message box (exclamation), "Fehler!" in the list; Escape is "Aktion abgebrochen!" and a box
+// saying that the burn itself was completed.
 bool ReportVerify(const VerifyRun& run, const BurnHooks& hooks, BurnResult& result);
 
 }  // namespace plattmix::authoring
