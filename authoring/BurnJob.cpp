@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "BurnJobSteps.h"
+#include "BurnVerify.h"
 #include "CompilationImage.h"
 #include "IsoFileCheck.h"
 #include "IsoImage.h"
@@ -135,7 +136,10 @@ BurnResult BurnIsoImage(IBurnService& service, const BurnIsoParams& params,
     const WriteRun run = FollowWrite(*recorder, hooks, result.status, nullptr);
     result.detail = run.detail;
     if (run.end == WriteEnd::Written) {
-        Succeeded(*recorder, params.eject, hooks, result);
+        if (!params.verify ||
+            ReportVerify(VerifyIsoImage(*recorder, params.isoPath, hooks, result.status), hooks,
+                         result))
+            Succeeded(*recorder, params.eject, hooks, result);
     } else if (run.end == WriteEnd::Aborted) {
         result.outcome = BurnOutcome::Aborted;
         result.listStatus = kIsoAborted;
@@ -199,7 +203,11 @@ BurnResult BurnZusammenstellung(IBurnService& service, const BurnCompilationPara
     const WriteRun run = FollowWrite(*recorder, hooks, result.status, faults.get());
     result.detail = run.detail;
     if (run.end == WriteEnd::Written) {
-        Succeeded(*recorder, params.eject, hooks, result);
+        if (!params.verify ||
+            ReportVerify(VerifyCompilation(*recorder, listing, StdioFileOf(params.drive), hooks,
+                                           result.status),
+                         hooks, result))
+            Succeeded(*recorder, params.eject, hooks, result);
     } else if (run.end == WriteEnd::Aborted) {
         Aborted(hooks, result);
     } else {

@@ -72,11 +72,13 @@ struct BurnIsoParams {
     std::string isoPath;     // the image to burn
     bool closeDisc = false;  // the image writer leaves the disc open unless told otherwise
     bool eject = false;      // Check5, after success only
+    bool verify = false;     // Check6: read the disc back before the success is told
 };
 
 // Burns the image in isoPath. The file is checked to be an ISO 9660 image before anything is
 // written; the disc must be blank and large enough. Failures put the error table's text into the
-// status line and into a message box (exclamation); success shows "Brennen erfolgreich!".
+// status line and into a message box (exclamation); success shows "Brennen erfolgreich!", after
+// the disc was read back when verify asks for it (BurnVerify.h).
 BurnResult BurnIsoImage(IBurnService& service, const BurnIsoParams& params, const BurnHooks& hooks);
 
 struct BurnCompilationParams {
@@ -88,12 +90,13 @@ struct BurnCompilationParams {
     bool multisession = false;  // Check3
     bool closeDisc = false;     // Check4
     bool eject = false;         // Check5
+    bool verify = false;        // Check6
 };
 
 // Burns the compilation. A disc that is not blank is continued (its last session imported, the
 // compilation added to its tree) when it supports a further session: without Check3 the user is
 // asked first. Files of the new session that already exist on the disc are replaced, folders
-// are joined.
+// are joined. With verify the new session is read back before the success is told.
 BurnResult BurnZusammenstellung(IBurnService& service, const BurnCompilationParams& params,
                                 const BurnHooks& hooks);
 

@@ -10,14 +10,14 @@ namespace {
 
 constexpr std::string_view kStdioPrefix = "stdio:";
 
+}  // namespace
+
 void ShowProgress(const BurnHooks& hooks, std::string& status, const WriteProgress& progress) {
     const ProgressView view = cDFileSystemImageEvents_Update(progress);
     if (view.bar && hooks.progress)
         hooks.progress(*view.bar);
     ShowStatus(hooks, status, view.text);
 }
-
-}  // namespace
 
 void ShowStatus(const BurnHooks& hooks, std::string& status, const std::string& text) {
     status = text;

@@ -15,6 +15,8 @@ void ShowStatus(const BurnHooks& hooks, std::string& status, const std::string& 
 void ShowMessage(const BurnHooks& hooks, const std::string& text, MessageIcon icon);
 // Yes/No with the question icon; No without a hook to ask.
 bool AskYesNo(const BurnHooks& hooks, const std::string& text);
+// The status text of a progress record, and the bar when it has one.
+void ShowProgress(const BurnHooks& hooks, std::string& status, const WriteProgress& progress);
 
 enum class WriteEnd {
     Written,  // the session is on the disc

@@ -49,7 +49,7 @@ ProgressView cDFileSystemImageEvents_Update(const WriteProgress& progress) {
         case kActionCompleted:
             return {"Brennvorgang abgeschlossen.", std::nullopt};
         case kActionVerifying:
-            return {"Überprüfen der Daten...", std::nullopt};
+            return {"Überprüfen der Daten...", BarValue(progress)};
         default:
             return {"Unbekannte Aktion: " + std::to_string(progress.action), std::nullopt};
     }

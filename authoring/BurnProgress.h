@@ -33,7 +33,7 @@ struct ProgressView {
 // The progress handler's view of one progress record: "Medien validieren 00:01 / 00:10" and so
 // on, "Kalibriere die Leistung (OPC)" glued to its time text, "Unbekannte Aktion: 9" for numbers
 // it does not know. The bar is (last written - start) * 100 / sector count, cut to a whole
-// number.
+// number, while data is written and while it is read back for the check.
 ProgressView cDFileSystemImageEvents_Update(const WriteProgress& progress);
 
 }  // namespace plattmix::authoring

@@ -3,6 +3,7 @@
 // their headers, and tests script the media and drives no machine here has.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -104,6 +105,21 @@ class IRecorder {
 
     // Opens the tray (a pseudo-drive has none: nothing happens). False when it failed.
     virtual bool Eject() = 0;
+
+    // Reading back what the last write put on the medium, once FinishWrite said it wrote well.
+    // Makes the drive look at the medium anew, as after loading it; a drive that still shows
+    // the medium as it was before the write gets its tray opened and closed once. False when
+    // the medium cannot be read.
+    virtual bool ReloadMedium() = 0;
+    // The block where the last write's first byte went.
+    virtual int64_t WrittenStartLba() const = 0;
+    // Reads size bytes from block lba on through the drive into data. Returns the bytes read
+    // before the first read error: size when all were read.
+    virtual size_t ReadData(int64_t lba, char* data, size_t size) = 0;
+    // The tree of the medium's last session as the drive reads it now; the bytes of its files
+    // come from the drive while they are read. Kept until the next call or the release of the
+    // recorder; nullptr when no tree can be read.
+    virtual Iso_Image* ReadBackImage() = 0;
 
     // The first thing the library complained about since the recorder was opened, for the
     // command line and the logs; empty when it said nothing.

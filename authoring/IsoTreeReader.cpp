@@ -64,9 +64,11 @@ struct IsoTreeReader::Impl {
     std::string error;
     std::string volumeId;
     std::vector<IsoTreeEntry> entries;
+    std::map<std::string, size_t> index;  // entries by path
     std::map<std::string, IsoFile*> files;
 
     void Load(const std::string& imagePath, IsoTreeView view);
+    void Take(IsoImage* loaded);
     void Walk(IsoDir* folder, const std::string& prefix);
     void Add(IsoNode* node, const std::string& path);
 };
@@ -99,9 +101,14 @@ void IsoTreeReader::Impl::Load(const std::string& imagePath, IsoTreeView view) {
         error = ErrorText(imagePath, code);
         return;
     }
-    const char* volume = iso_image_get_volume_id(image.get());
+    Take(image.release());
+}
+
+void IsoTreeReader::Impl::Take(IsoImage* loaded) {
+    image.reset(loaded);
+    const char* volume = iso_image_get_volume_id(loaded);
     volumeId = volume != nullptr ? volume : "";
-    Walk(iso_image_get_root(image.get()), "");
+    Walk(iso_image_get_root(loaded), "");
 }
 
 void IsoTreeReader::Impl::Walk(IsoDir* folder, const std::string& prefix) {
@@ -142,12 +149,18 @@ void IsoTreeReader::Impl::Add(IsoNode* node, const std::string& path) {
         default:
             return;  // devices, boot catalogs: not written by this program
     }
+    index[path] = entries.size();
     entries.push_back(std::move(entry));
 }
 
 IsoTreeReader::IsoTreeReader(const std::string& imagePath, IsoTreeView view)
     : impl_(std::make_unique<Impl>()) {
     impl_->Load(imagePath, view);
+}
+
+IsoTreeReader::IsoTreeReader(Iso_Image& image) : impl_(std::make_unique<Impl>()) {
+    iso_image_ref(&image);
+    impl_->Take(&image);
 }
 
 IsoTreeReader::~IsoTreeReader() = default;
@@ -169,11 +182,8 @@ const std::vector<IsoTreeEntry>& IsoTreeReader::Entries() const {
 }
 
 const IsoTreeEntry* IsoTreeReader::Find(const std::string& path) const {
-    for (const IsoTreeEntry& entry : impl_->entries) {
-        if (entry.path == path)
-            return &entry;
-    }
-    return nullptr;
+    const auto found = impl_->index.find(path);
+    return found == impl_->index.end() ? nullptr : &impl_->entries[found->second];
 }
 
 bool IsoTreeReader::ReadFile(const std::string& path, const Sink& sink) const {

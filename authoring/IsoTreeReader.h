@@ -1,5 +1,6 @@
-// An ISO image read back with libisofs, for tests and benchmarks: its volume id and one of its
-// directory trees (Rock Ridge, Joliet or plain ISO 9660), with each file's bytes on demand.
+// An ISO image read back with libisofs: its volume id and one of its directory trees (Rock Ridge,
+// Joliet or plain ISO 9660), with each file's bytes on demand. Tests and benchmarks read image
+// files with it, the verify after a burn the tree a drive read back.
 #pragma once
 
 #include <cstddef>
@@ -8,6 +9,8 @@
 #include <memory>
 #include <string>
 #include <vector>
+
+struct Iso_Image;
 
 namespace plattmix::authoring {
 
@@ -38,6 +41,9 @@ struct IsoTreeEntry {
 class IsoTreeReader {
   public:
     explicit IsoTreeReader(const std::string& imagePath, IsoTreeView view = IsoTreeView::RockRidge);
+    // The tree of an image libisofs holds already (taking a reference of its own); its files are
+    // read from wherever the image reads them.
+    explicit IsoTreeReader(Iso_Image& image);
     ~IsoTreeReader();
 
     IsoTreeReader(const IsoTreeReader&) = delete;

@@ -90,9 +90,20 @@ std::string TakeBurnMessages() {
 
 GrabbedDrive::GrabbedDrive(std::string address, int flags)
     : address_(std::move(address)), flags_(flags) {
+    Acquire(flags_);
+}
+
+bool GrabbedDrive::Acquire(int flags) {
     // On failure the library leaves the array untouched or empty: nothing to free.
-    if (isoburn_drive_aquire(&infos_, address_.data(), flags_) <= 0)
+    if (isoburn_drive_aquire(&infos_, address_.data(), flags) <= 0)
         infos_ = nullptr;
+    return infos_ != nullptr;
+}
+
+bool GrabbedDrive::Reload() {
+    constexpr int kLoadTray = 1;
+    Release(true);
+    return Acquire(flags_ | kLoadTray);
 }
 
 bool GrabbedDrive::Reassess() {

@@ -61,8 +61,13 @@ class GrabbedDrive {
     // Reads the medium's state anew, as after grabbing it (libisoburn keeps what it saw before
     // a blanking until then).
     bool Reassess();
+    // Lets the drive go with its tray opened, then grabs it again with the tray closed: the
+    // medium is loaded anew.
+    bool Reload();
 
   private:
+    bool Acquire(int flags);
+
     std::string address_;
     int flags_ = 0;
     burn_drive_info* infos_ = nullptr;

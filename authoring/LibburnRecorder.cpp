@@ -1,5 +1,6 @@
 #include "LibburnRecorder.h"
 
+#include <algorithm>
 #include <chrono>
 #include <thread>
 
@@ -69,6 +70,7 @@ class LibburnRecorder final : public IRecorder {
                 std::this_thread::sleep_for(kPollPause);
         }
         EndJob(false);
+        readBack_.reset();
         image_.reset();
         drive_->Release(false);
         TakeBurnMessages();
@@ -105,16 +107,7 @@ class LibburnRecorder final : public IRecorder {
         const std::lock_guard lock(LibburnLibrary::Instance().mutex());
         if (image_ || !drive_->ok())
             return image_.get();
-        ReadOptions options;
-        if (options.get() == nullptr)
-            return nullptr;
-        // The tree and Rock Ridge; no ACLs, extended attributes or checksums.
-        isoburn_ropt_set_extensions(options.get(), isoburn_ropt_noaaip | isoburn_ropt_noacl |
-                                                       isoburn_ropt_noea | isoburn_ropt_nomd5);
-        IsoImage* image = nullptr;
-        if (isoburn_read_image(drive_->drive(), options.get(), &image) == 1)
-            image_.reset(image);
-        Collect();
+        image_ = ReadTree();
         return image_.get();
     }
 
@@ -230,15 +223,87 @@ class LibburnRecorder final : public IRecorder {
         if (!drive_->ok() || running_)
             return false;
         EndJob(false);
+        readBack_.reset();
         image_.reset();
         drive_->Release(true);
         Collect();
         return true;
     }
 
+    bool ReloadMedium() override {
+        const std::lock_guard lock(LibburnLibrary::Instance().mutex());
+        if (!drive_->ok() || running_)
+            return false;
+        // Both trees belong to the medium as it was; LoadImage reads it anew.
+        readBack_.reset();
+        image_.reset();
+        bool written = drive_->Reassess() && ShowsWrittenMedium();
+        // Some drives go on reporting the medium from before the write until it is loaded again.
+        if (!written && burn_drive_get_drive_role(drive_->drive()) == 1)
+            written = drive_->Reload() && ShowsWrittenMedium();
+        Collect();
+        return written;
+    }
+
+    int64_t WrittenStartLba() const override { return writtenStart_; }
+
+    size_t ReadData(int64_t lba, char* data, size_t size) override {
+        const std::lock_guard lock(LibburnLibrary::Instance().mutex());
+        if (!drive_->ok() || running_)
+            return 0;
+        off_t count = 0;
+        const int read = burn_read_data(drive_->drive(), static_cast<off_t>(lba) * kBurnBlockBytes,
+                                        data, static_cast<off_t>(size), &count, 0);
+        Collect();
+        if (read == 1)
+            return size;
+        return static_cast<size_t>(std::clamp<off_t>(count, 0, static_cast<off_t>(size)));
+    }
+
+    Iso_Image* ReadBackImage() override {
+        const std::lock_guard lock(LibburnLibrary::Instance().mutex());
+        readBack_.reset();
+        if (drive_->ok() && !running_)
+            readBack_ = ReadTree();
+        return readBack_.get();
+    }
+
     std::string LastMessage() const override { return message_; }
 
   private:
+    // The tree of the medium's last session (an empty one on a blank medium); nullptr when it
+    // cannot be read. The mutex is held.
+    ImportedImagePtr ReadTree() {
+        ReadOptions options;
+        if (options.get() == nullptr)
+            return nullptr;
+        // The tree and Rock Ridge; no ACLs, extended attributes or checksums.
+        isoburn_ropt_set_extensions(options.get(), isoburn_ropt_noaaip | isoburn_ropt_noacl |
+                                                       isoburn_ropt_noea | isoburn_ropt_nomd5);
+        IsoImage* image = nullptr;
+        ImportedImagePtr tree;
+        if (isoburn_read_image(drive_->drive(), options.get(), &image) == 1)
+            tree.reset(image);
+        Collect();
+        return tree;
+    }
+
+    // A medium that holds a session now. The mutex is held.
+    bool ShowsWrittenMedium() const {
+        const burn_disc_status status = isoburn_disc_get_status(drive_->drive());
+        return status == BURN_DISC_APPENDABLE || status == BURN_DISC_FULL;
+    }
+
+    // Where the write with options begins. The mutex is held.
+    int64_t NextWritable(burn_write_opts* options) const {
+        int start = 0;
+        int next = 0;
+        const int found =
+            imageWrite_ ? isoburn_disc_track_lba_nwa(drive_->drive(), options, 0, &start, &next)
+                        : burn_disc_track_lba_nwa(drive_->drive(), options, 0, &start, &next);
+        return found == 1 && next > 0 ? next : 0;
+    }
+
     // Checks that the session fits, then starts writing disc_. The mutex is held.
     WriteError Start(bool closeDisc) {
         burn_drive* drive = drive_->drive();
@@ -259,6 +324,7 @@ class LibburnRecorder final : public IRecorder {
             Collect();
             return refused;
         }
+        writtenStart_ = NextWritable(options.get());
         started_ = Clock::now();
         running_ = true;
         wroteWell_ = false;
@@ -295,8 +361,10 @@ class LibburnRecorder final : public IRecorder {
 
     std::unique_ptr<GrabbedDrive> drive_;
     ImportedImagePtr image_;
+    ImportedImagePtr readBack_;  // the tree as read back after a write
     BurnDiscPtr disc_;
     Clock::time_point started_ = Clock::now();
+    int64_t writtenStart_ = 0;
     bool imageWrite_ = false;  // disc_ comes from the image thread
     bool imageDone_ = false;   // an image session was written well and is not active yet
     bool running_ = false;

@@ -35,17 +35,19 @@
 #include <vector>
 
 #include "BenchFolder.h"
+#include "BenchRuns.h"
 #include "FolderListing.h"
 #include "IsoImage.h"
 #include "LargeTrees.h"
-
-extern char** environ;
 
 namespace {
 
 using namespace plattmix;
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
+using plattmix::bench::Runs;
+using plattmix::bench::Seconds;
+using plattmix::bench::Spawn;
 
 constexpr int64_t kTreeBytes = int64_t{1536} << 20;
 constexpr const char* kDevNull = "/dev/null";
@@ -56,28 +58,6 @@ fs::path BenchFolder() {
 
 fs::path TreeFolder() {
     return BenchFolder() / "tree";
-}
-
-double Seconds(Clock::duration elapsed) {
-    return std::chrono::duration<double>(elapsed).count();
-}
-
-// Runs a program with its output thrown away; true when it exited with status 0.
-bool Spawn(std::vector<std::string> args) {
-    std::vector<char*> argv;
-    for (auto& arg : args)
-        argv.push_back(arg.data());
-    argv.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, kDevNull, O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, kDevNull, O_WRONLY, 0);
-    pid_t child = 0;
-    int status = 0;
-    const int failed = posix_spawnp(&child, argv[0], &actions, nullptr, argv.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    return failed == 0 && waitpid(child, &status, 0) == child && WIFEXITED(status) &&
-           WEXITSTATUS(status) == 0;
 }
 
 bool XorrisoPresent() {
@@ -154,19 +134,6 @@ int64_t Tree() {
     }();
     return bytes;
 }
-
-// The runs of one contestant: their median and the fastest.
-struct Runs {
-    std::vector<double> seconds;
-    void Add(double taken) { seconds.push_back(taken); }
-    double Fastest() const { return *std::min_element(seconds.begin(), seconds.end()); }
-    double Median() const {
-        std::vector<double> sorted = seconds;
-        std::sort(sorted.begin(), sorted.end());
-        const size_t middle = sorted.size() / 2;
-        return sorted.size() % 2 != 0 ? sorted[middle] : (sorted[middle - 1] + sorted[middle]) / 2;
-    }
-};
 
 void Compare(benchmark::State& state, bool toFile) {
     const int64_t treeBytes = Tree();

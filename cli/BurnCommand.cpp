@@ -45,7 +45,7 @@ class InterruptCatcher {
 
 constexpr const char* kBurnUsage =
     "Aufruf: plattmix-cli burn --drive LAUFWERK (--image DATEI.iso | --list LISTE.txt | "
-    "PFAD...) [--multisession] [--close] [--eject] [--volume NAME]";
+    "PFAD...) [--multisession] [--close] [--eject] [--verify] [--volume NAME]";
 constexpr const char* kEraseUsage = "Aufruf: plattmix-cli erase --drive LAUFWERK [--eject] [--yes]";
 
 // Message boxes hold Windows line breaks; a terminal wants plain ones.
@@ -156,8 +156,8 @@ std::optional<std::vector<std::string>> CompilationPaths(const CliArgs& args, st
 }  // namespace
 
 int RunBurnCommand(const CliArgs& args, std::ostream& out, std::ostream& err, bool terminal) {
-    const std::vector<std::string> known = {"--drive",        "--image", "--list", "--volume",
-                                            "--multisession", "--close", "--eject"};
+    const std::vector<std::string> known = {"--drive",        "--image", "--list",  "--volume",
+                                            "--multisession", "--close", "--eject", "--verify"};
     auto usage = CheckUsage(args, known, kBurnUsage, true);
     const int sources = (Has(args, "--image") ? 1 : 0) + (Has(args, "--list") ? 1 : 0) +
                         (args.positional.empty() ? 0 : 1);
@@ -179,7 +179,9 @@ int RunBurnCommand(const CliArgs& args, std::ostream& out, std::ostream& err, bo
         output.Label(*image);
         const BurnHooks hooks = output.Hooks(nullptr);
         const authoring::BurnResult result = authoring::BurnIsoImage(
-            *service, {drive, *image, Has(args, "--close"), Has(args, "--eject")}, hooks);
+            *service,
+            {drive, *image, Has(args, "--close"), Has(args, "--eject"), Has(args, "--verify")},
+            hooks);
         return Outcome(result.outcome == authoring::BurnOutcome::Done, result.detail, err);
     }
 
@@ -193,6 +195,7 @@ int RunBurnCommand(const CliArgs& args, std::ostream& out, std::ostream& err, bo
     params.multisession = Has(args, "--multisession");
     params.closeDisc = Has(args, "--close");
     params.eject = Has(args, "--eject");
+    params.verify = Has(args, "--verify");
     output.Label(drive);
     // Nobody to ask: a disc that is not blank is continued only with --multisession.
     const BurnHooks hooks = output.Hooks([&err](const std::string& question) {

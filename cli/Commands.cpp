@@ -18,7 +18,7 @@ ParseResult ParseCommandLine(const std::vector<std::string>& words) {
         words,
         {"--drive", "--tracks", "--format", "--out", "--prefix", "--number", "--volume", "--image",
          "--list", "--track", "--seconds"},
-        {"--demo", "--number-first", "--multisession", "--close", "--eject", "--yes"});
+        {"--demo", "--number-first", "--multisession", "--close", "--eject", "--verify", "--yes"});
 }
 
 void PrintUsage(std::ostream& out) {
@@ -37,8 +37,9 @@ void PrintUsage(std::ostream& out) {
            "  compilation save LISTE PFAD... | load LISTE | size LISTE [--drive LAUFWERK]\n"
            "                              Listendatei speichern, laden, messen\n"
            "  burn --drive LAUFWERK (--image DATEI.iso | --list LISTE.txt | PFAD...)\n"
-           "      [--multisession] [--close] [--eject] [--volume NAME]\n"
-           "                              ISO-Image oder Zusammenstellung brennen\n"
+           "      [--multisession] [--close] [--eject] [--verify] [--volume NAME]\n"
+           "                              ISO-Image oder Zusammenstellung brennen (mit --verify\n"
+           "                              danach von der Disk lesen und vergleichen)\n"
            "  erase --drive LAUFWERK [--eject] [--yes]\n"
            "                              wiederbeschreibbare Disk löschen\n"
            "  mount ABBILD.iso | unmount ABBILD.iso\n"

@@ -54,6 +54,8 @@ const char* const kTabs[] = {"CD/DVD Rippen      ", "    ISO Image erstellen  ",
 constexpr int kKeyF9 = Qt::Key_F9;
 
 const char* const kTextNoAudioCd = "Keine Audio CD im Laufwerk ---> Button Aktualisieren";
+// Check6: the disc is read back after a burn.
+const char* const kVerifyKey = "Pruefen";
 
 }  // namespace
 
@@ -179,6 +181,7 @@ void frmMain::LoadSettings() {
     const int unload = Q(shell::ReadIni(paths_, "Diskolo", "Unload")).trimmed().toInt(&isNumber);
     Check1->setChecked(isNumber && unload != 0);
     Text1->setText(Q(shell::ReadIni(paths_, "Diskolo", "Text1")));
+    Check6->setChecked(Q(shell::ReadIni(paths_, "Diskolo", kVerifyKey)).trimmed().toInt() != 0);
 }
 
 void frmMain::LoadLanguage() {
@@ -342,6 +345,9 @@ void frmMain::Form_Unload() {
     const QString prefix = Text1->text();
     shell::WriteIni(paths_, "Diskolo", "Text1",
                     prefix.isEmpty() ? std::string("Track") : prefix.toStdString());
+    // Written once it was switched on: a settings file that never had it stays as it was.
+    if (Check6->isChecked() || !shell::ReadIni(paths_, "Diskolo", kVerifyKey).empty())
+        shell::WriteIni(paths_, "Diskolo", kVerifyKey, Check6->isChecked() ? "1" : "0");
     StopPlayer();
     if (cdAudio_)
         SendCommand("close " + std::string(kPlayerAlias));

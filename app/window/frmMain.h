@@ -128,6 +128,7 @@ class frmMain final : public QMainWindow {
     QCheckBox* Check3 = nullptr;
     QCheckBox* Check4 = nullptr;
     QCheckBox* Check5 = nullptr;
+    QCheckBox* Check6 = nullptr;  // read the disc back after a burn ("Pruefen")
     QAction* mnuSave = nullptr;
     QProgressBar* ProgressBar1 = nullptr;
     QFrame* Picture1 = nullptr;

@@ -23,7 +23,7 @@
 namespace plattmix::window {
 
 void frmMain::ShowBurnPage() {
-    SetShown({cboDrv, Command1, Command4, Text3, Label2[2], Frame2, Check5, Label4}, true);
+    SetShown({cboDrv, Command1, Command4, Text3, Label2[2], Frame2, Check5, Check6, Label4}, true);
     SetShown({OptNameBurn[0], OptNameBurn[1], Command8, PictureTotal, Label5[1]}, true);
     SetShown({Command5[0], Command6, Text2, Command7, ComboBox3, OptFormat, Frame1, Text1}, false);
     SetShown({Check2, ComboBox2, Label1, Command15[0], Command15[1]}, false);
@@ -129,6 +129,7 @@ void frmMain::StartBurnJob() {
         params.drive = BurnDriveAddress();
         params.isoPath = image.toStdString();
         params.eject = Check5->isChecked();
+        params.verify = Check6->isChecked();
         result = RunBurn([&](const authoring::BurnHooks& hooks) {
             return authoring::BurnIsoImage(BurnService(), params, hooks);
         });
@@ -144,6 +145,7 @@ void frmMain::StartBurnJob() {
         params.multisession = Check3->isChecked();
         params.closeDisc = Check4->isChecked();
         params.eject = Check5->isChecked();
+        params.verify = Check6->isChecked();
         result = RunBurn([&](const authoring::BurnHooks& hooks) {
             return authoring::BurnZusammenstellung(BurnService(), params, hooks);
         });

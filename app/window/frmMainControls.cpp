@@ -167,6 +167,7 @@ void frmMain::CreateBurnControls() {
     Check3 = new QCheckBox(QStringLiteral("Multisession Disk brennen"), c);
     Check4 = new QCheckBox(QStringLiteral("Disk abschließen (kein weiteres Brennen möglich)"), c);
     Check5 = new QCheckBox(QStringLiteral("Disk auswerfen"), c);
+    Check6 = new QCheckBox(QStringLiteral("Disk nach dem Brennen prüfen"), c);
     Check4->setChecked(true);
     Check4->setEnabled(false);
     Command8 = Button(QStringLiteral("Disk löschen"), c);
@@ -264,13 +265,14 @@ QWidget* frmMain::BurnBox() {
     grid->addWidget(OptNameBurn[0], 0, 0);
     grid->addWidget(Check3, 0, 1);
     grid->addWidget(Check5, 0, 2);
+    grid->addWidget(Check6, 0, 3);
     grid->addWidget(OptNameBurn[1], 1, 0);
     grid->addWidget(Check4, 1, 1);
-    grid->addWidget(Command8, 1, 2, Qt::AlignRight);
+    grid->addWidget(Command8, 1, 2, 1, 2, Qt::AlignRight);
     auto* usage = Row();
     usage->addWidget(PictureTotal, 1);
     usage->addWidget(Label5[1]);
-    grid->addLayout(usage, 2, 0, 1, 3);
+    grid->addLayout(usage, 2, 0, 1, 4);
     grid->setColumnStretch(1, 1);
     return box;
 }

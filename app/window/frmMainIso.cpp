@@ -44,7 +44,7 @@ authoring::ScanHooks WindowScanHooks() {
 void frmMain::ShowIsoPage() {
     SetShown({Text2, Command7, OptFormat, Text1, ComboBox2, Command15[0], Command15[1]}, true);
     SetShown({cboDrv, Command1, Command4, Command5[0], Command6, ComboBox3, Frame1, Check2}, false);
-    SetShown({Text3, Label2[2], Frame2, Check3, Check4, Check5, Label4}, false);
+    SetShown({Text3, Label2[2], Frame2, Check3, Check4, Check5, Check6, Label4}, false);
     SetShown({OptNameBurn[0], OptNameBurn[1], Command8, PictureTotal, Label5[1]}, false);
     // Label1 stays as the previous page left it.
     OptFormat->setChecked(true);

@@ -92,7 +92,8 @@ void frmMain::ShowRipPage() {
     SetShown({cboDrv, Command1, Command4, Text1, Check2, ComboBox2, Label1, Label4}, true);
     SetShown({Command5[0], Command6, ComboBox3, Frame1}, audio);
     SetShown({OptFormat, Text3, Label2[2]}, !audio);
-    SetShown({Text2, Command7, Frame2, Command15[0], Command15[1], Check3, Check4, Check5}, false);
+    SetShown({Text2, Command7, Frame2, Command15[0], Command15[1], Check3, Check4, Check5, Check6},
+             false);
     SetShown({OptNameBurn[0], OptNameBurn[1], Command8, PictureTotal, Label5[1]}, false);
     if (!audio)
         OptFormat->setChecked(true);

@@ -307,5 +307,44 @@ TEST_F(ScriptedBurnTest, CompilationRowsThatCannotBeBurnt) {
     }
 }
 
+// The check after an image burn names the first sector that differs or cannot be read (the disc
+// ending early is one); the disc is ejected only when everything read back equal.
+TEST_F(ScriptedBurnTest, CheckNamesTheFirstBadSector) {
+    std::ifstream in(iso, std::ios::binary);
+    const std::string image{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    std::string spoilt = image;
+    spoilt[17 * 2048 + 3] ^= 1;
+    service.script.info = Disc(MediaState::Blank);
+    struct Case {
+        std::string readBack;
+        std::optional<int64_t> readErrorAt;
+        std::string where;  // empty: all equal
+    };
+    for (const Case& c : {Case{spoilt, std::nullopt, "Sektor 17"}, Case{image, 5, "Sektor 5"},
+                          Case{image.substr(0, 10 * 2048), std::nullopt, "Sektor 10"},
+                          Case{image + std::string(4096, '\0'), std::nullopt, ""}}) {
+        service.script.readBack = c.readBack;
+        service.script.readErrorAt = c.readErrorAt;
+        service.calls = {};
+        Seen seen;
+        BurnIsoParams params{"/dev/sr0", iso, false, true};
+        params.verify = true;
+        const BurnResult result = BurnIsoImage(service, params, RecordingHooks(seen));
+        EXPECT_TRUE(Contains(seen.statuses, "Überprüfen der Daten...")) << c.where;
+        if (c.where.empty()) {
+            EXPECT_EQ(result.outcome, BurnOutcome::Done);
+            EXPECT_TRUE(seen.Showed(kTextBurnDone));
+            EXPECT_TRUE(service.calls.ejected);
+            continue;
+        }
+        EXPECT_EQ(result.outcome, BurnOutcome::Failed) << c.where;
+        EXPECT_EQ(result.status, "Fehler beim Prüfen: " + c.where);
+        ASSERT_EQ(seen.messages.size(), 1u) << c.where;
+        EXPECT_EQ(seen.messages[0].first, "Fehler beim Prüfen: " + c.where);
+        EXPECT_EQ(seen.messages[0].second, MessageIcon::Exclamation);
+        EXPECT_FALSE(service.calls.ejected) << c.where;
+    }
+}
+
 }  // namespace
 }  // namespace plattmix::authoring

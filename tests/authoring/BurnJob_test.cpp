@@ -1,5 +1,6 @@
 // The burn jobs through real libburn and libisoburn onto "stdio:" pseudo-drives: images and
-// compilations written and read back, sessions appended, refusals that leave the target as it was.
+// compilations written and read back, sessions appended, refusals that leave the target as it
+// was, and the check that reads a burn back through the drive.
 #include "BurnJob.h"
 
 #include <gtest/gtest.h>
@@ -13,10 +14,12 @@
 #include <string>
 
 #include "BurnTestHooks.h"
+#include "BurnVerify.h"
 #include "FolderListing.h"
 #include "IsoImage.h"
 #include "IsoImageCheck.h"
 #include "IsoTreeReader.h"
+#include "LargeTrees.h"
 #include "common/ScratchFolder.h"
 
 namespace plattmix::authoring {
@@ -31,6 +34,32 @@ using isocheck::ImageBytes;
 void WriteFile(const fs::path& path, const std::string& bytes) {
     fs::create_directories(path.parent_path());
     std::ofstream(path, std::ios::binary) << bytes;
+}
+
+constexpr const char* kVerifying = "Überprüfen der Daten...";
+
+bool Showed(const std::vector<std::string>& statuses, const std::string& text) {
+    return std::find(statuses.begin(), statuses.end(), text) != statuses.end();
+}
+
+// Turns one byte of the file at offset into another, as a bad burn would.
+void Corrupt(const fs::path& file, int64_t offset) {
+    std::fstream io(file, std::ios::in | std::ios::out | std::ios::binary);
+    io.seekg(offset);
+    const char byte = static_cast<char>(io.get());
+    io.seekp(offset);
+    io.put(static_cast<char>(byte ^ 0x5a));
+}
+
+// Recording hooks that run act once, when the check after the write begins.
+BurnHooks AtCheck(Seen& seen, std::function<void()> act) {
+    BurnHooks hooks = RecordingHooks(seen);
+    hooks.status = [&seen, act = std::move(act)](const std::string& text) {
+        if (text == kVerifying && !Showed(seen.statuses, text))
+            act();
+        seen.statuses.push_back(text);
+    };
+    return hooks;
 }
 
 // A file system of 1 MiB (tmpfs, which only root may mount): libburn measures the space of a
@@ -252,6 +281,101 @@ TEST_F(BurnJobTest, FileChangedDuringTheBurnIsNoSuccess) {
     ASSERT_TRUE(reader.ok()) << reader.error();
     EXPECT_EQ(ImageBytes(reader, "eins/alt.txt"), "alt");
     EXPECT_EQ(reader.Find("zwei"), nullptr);
+}
+
+// The check reads the image back after the write; a sector spoilt on the disc is named, and
+// Escape during the check says the burn itself was complete.
+TEST_F(BurnJobTest, CheckReadsTheImageBack) {
+    const fs::path image = MakeIso("bild", 3 << 20);  // more than one piece of the read-back
+    BurnIsoParams params{Stdio(root / "gut.iso"), image.string()};
+    params.verify = true;
+    Seen good;
+    const BurnResult done = BurnIsoImage(*service, params, RecordingHooks(good));
+    ASSERT_EQ(done.outcome, BurnOutcome::Done) << done.detail;
+    const auto verifying = std::find(good.statuses.begin(), good.statuses.end(), kVerifying);
+    ASSERT_NE(verifying, good.statuses.end());
+    EXPECT_TRUE(Showed(std::vector<std::string>(good.statuses.begin(), verifying),
+                       "Brennvorgang abgeschlossen."));
+    EXPECT_EQ(good.bars.back(), 100);
+    ASSERT_EQ(good.messages.size(), 1u);
+    EXPECT_EQ(good.messages[0].first, kTextBurnDone);
+
+    const fs::path spoilt = root / "schlecht.iso";
+    params.drive = Stdio(spoilt);
+    Seen bad;
+    const BurnResult failed =
+        BurnIsoImage(*service, params, AtCheck(bad, [&] { Corrupt(spoilt, 40 * 2048 + 7); }));
+    EXPECT_EQ(failed.outcome, BurnOutcome::Failed);
+    EXPECT_EQ(failed.status, "Fehler beim Prüfen: Sektor 40");
+    EXPECT_EQ(failed.listStatus, "Fehler!");
+    ASSERT_EQ(bad.messages.size(), 1u);
+    EXPECT_EQ(bad.messages[0].first, "Fehler beim Prüfen: Sektor 40");
+    EXPECT_EQ(bad.messages[0].second, MessageIcon::Exclamation);
+
+    const fs::path stopped = root / "abbruch.iso";
+    params.drive = Stdio(stopped);
+    Seen escaped;
+    const BurnResult aborted = BurnIsoImage(
+        *service, params,
+        RecordingHooks(escaped, true, [&escaped] { return Showed(escaped.statuses, kVerifying); }));
+    EXPECT_EQ(aborted.outcome, BurnOutcome::Aborted);
+    EXPECT_EQ(aborted.status, kTextActionAborted);
+    EXPECT_EQ(escaped.messages,
+              (decltype(escaped.messages){{kTextVerifyAborted, MessageIcon::Exclamation}}));
+    EXPECT_EQ(FileBytes(stopped), FileBytes(image));
+}
+
+// Two sessions checked after their burns; a file of the third spoilt on the disc is named by its
+// source.
+TEST_F(BurnJobTest, CheckReadsEverySessionsTreeBack) {
+    WriteFile(root / "eins" / "alt.txt", "alt");
+    WriteFile(root / "zwei" / "neu.bin", std::string(100000, 'n'));
+    WriteFile(root / "drei" / "kaputt.bin", std::string(200000, 'k'));
+    const fs::path target = root / "disk.iso";
+    BurnCompilationParams params;
+    params.drive = Stdio(target);
+    params.multisession = true;
+    params.verify = true;
+    for (const char* folder : {"eins", "zwei"}) {
+        params.paths = {(root / folder).string()};
+        Seen seen;
+        const BurnResult result = BurnZusammenstellung(*service, params, RecordingHooks(seen));
+        ASSERT_EQ(result.outcome, BurnOutcome::Done) << folder << ": " << result.detail;
+        EXPECT_TRUE(Showed(seen.statuses, kVerifying)) << folder;
+        EXPECT_TRUE(seen.Showed(kTextBurnDone)) << folder;
+    }
+
+    params.paths = {(root / "drei").string()};
+    Seen seen;
+    const BurnResult result = BurnZusammenstellung(*service, params, AtCheck(seen, [&] {
+        const IsoTreeReader disc(target.string());
+        const IsoTreeEntry* file = disc.Find("drei/kaputt.bin");
+        ASSERT_NE(file, nullptr);
+        Corrupt(target, file->extents.at(0).offset + 150000);
+    }));
+    const std::string expected = "Fehler beim Prüfen: " + (root / "drei" / "kaputt.bin").string();
+    EXPECT_EQ(result.outcome, BurnOutcome::Failed);
+    EXPECT_EQ(result.status, expected);
+    EXPECT_EQ(result.listStatus, "Fehler!");
+    EXPECT_NE(result.detail.find("150000"), std::string::npos) << result.detail;
+    EXPECT_TRUE(seen.Showed(expected));
+    EXPECT_FALSE(seen.Showed(kTextBurnDone));
+}
+
+// A file beyond 4 GiB is on the disc in several extents; the check reads it to its last byte.
+TEST_F(BurnJobTest, CheckReadsAFileBeyondFourGiB) {
+    treegen::MakeSparseLargeFile(root / "gross", (int64_t{4} << 30) + (1 << 20));
+    const fs::path target = root / "disk.iso";
+    BurnCompilationParams params;
+    params.drive = Stdio(target);
+    params.paths = {(root / "gross").string()};
+    params.verify = true;
+    Seen seen;
+    const BurnResult result = BurnZusammenstellung(*service, params, RecordingHooks(seen));
+    fs::remove(target);
+    ASSERT_EQ(result.outcome, BurnOutcome::Done) << result.detail;
+    EXPECT_TRUE(Showed(seen.statuses, kVerifying));
+    EXPECT_EQ(seen.bars.back(), 100);
 }
 
 // Escape at the first look at the write: libburn stops, the image thread ends, and the run is an

@@ -2,6 +2,7 @@
 // drive here can produce. It records what the jobs asked the recorder to do.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <memory>
 #include <optional>
@@ -23,6 +24,10 @@ struct Script {
     std::vector<WriteProgress> progress;
     WriteError finishError = WriteError::None;
     bool blankWorks = true;
+    // What the drive reads back after the write, from block 0 on; reading stops before the
+    // block readErrorAt when it is set.
+    std::string readBack;
+    std::optional<int64_t> readErrorAt;
 };
 
 struct Calls {
@@ -87,6 +92,20 @@ class ScriptedRecorder final : public IRecorder {
         calls_.ejected = true;
         return true;
     }
+
+    bool ReloadMedium() override { return true; }
+    int64_t WrittenStartLba() const override { return 0; }
+    size_t ReadData(int64_t lba, char* data, size_t size) override {
+        const auto from = static_cast<size_t>(lba) * 2048;
+        size_t end = std::min(from + size, script_.readBack.size());
+        if (script_.readErrorAt)
+            end = std::min(end, static_cast<size_t>(*script_.readErrorAt) * 2048);
+        if (end <= from)
+            return 0;
+        script_.readBack.copy(data, end - from, from);
+        return end - from;
+    }
+    Iso_Image* ReadBackImage() override { return nullptr; }
 
     std::string LastMessage() const override { return {}; }
 

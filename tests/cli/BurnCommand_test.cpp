@@ -63,6 +63,16 @@ class BurnCommandTest : public ::testing::Test {
         std::ofstream(root / "notiz.txt") << "Notiz";
         std::ofstream(root / "spaeter.txt") << "später";
     }
+
+    // An ISO image of the Fotos folder; empty when it could not be made.
+    fs::path FotosImage() const {
+        authoring::FolderListing listing;
+        authoring::ShowOrdnerInhalt((root / "Fotos").string(), listing, {});
+        const fs::path image = root / "fotos.iso";
+        const auto made =
+            authoring::CreateIsoImage({(root / "Fotos").string(), "", image.string()}, listing, {});
+        return made.outcome == authoring::IsoOutcome::Done ? image : fs::path();
+    }
 };
 
 TEST_F(BurnCommandTest, UsageErrors) {
@@ -78,13 +88,8 @@ TEST_F(BurnCommandTest, UsageErrors) {
 }
 
 TEST_F(BurnCommandTest, ImageIsBurntAsItIs) {
-    authoring::FolderListing listing;
-    authoring::ShowOrdnerInhalt((root / "Fotos").string(), listing, {});
-    const fs::path image = root / "fotos.iso";
-    ASSERT_EQ(
-        authoring::CreateIsoImage({(root / "Fotos").string(), "", image.string()}, listing, {})
-            .outcome,
-        authoring::IsoOutcome::Done);
+    const fs::path image = FotosImage();
+    ASSERT_FALSE(image.empty());
     const CliRun run = RunCli("burn", {{"--drive", drive}, {"--image", image.string()}});
     EXPECT_EQ(run.code, kExitDone) << run.err;
     EXPECT_NE(run.out.find("Brennen erfolgreich!"), std::string::npos) << run.out;
@@ -121,6 +126,29 @@ TEST_F(BurnCommandTest, FurtherSessionOnlyWithMultisession) {
     ASSERT_EQ(more.code, kExitDone) << more.err;
     EXPECT_EQ(ReadBack(root / "disk.iso", "notiz.txt"), "Notiz");
     EXPECT_EQ(ReadBack(root / "disk.iso", "spaeter.txt"), "später");
+}
+
+// --verify reads an image and both sessions of a compilation back before it says "Brennen
+// erfolgreich!".
+TEST_F(BurnCommandTest, VerifyReadsTheBurnBack) {
+    const fs::path image = FotosImage();
+    ASSERT_FALSE(image.empty());
+    const std::string imageDrive = "stdio:" + (root / "bild.iso").string();
+    const CliRun burnt =
+        RunCli("burn", {{"--drive", imageDrive}, {"--image", image.string()}, {"--verify", ""}});
+    EXPECT_EQ(burnt.code, kExitDone) << burnt.err;
+    EXPECT_NE(burnt.out.find("Überprüfen der Daten..."), std::string::npos) << burnt.out;
+    EXPECT_NE(burnt.out.find("Brennen erfolgreich!"), std::string::npos) << burnt.out;
+
+    for (const fs::path& path : {root / "Fotos", root / "notiz.txt"}) {
+        const CliRun session =
+            RunCli("burn", {{"--drive", drive}, {"--multisession", ""}, {"--verify", ""}},
+                   {path.string()});
+        EXPECT_EQ(session.code, kExitDone) << path << session.err;
+        EXPECT_NE(session.out.find("Überprüfen der Daten..."), std::string::npos) << session.out;
+    }
+    EXPECT_EQ(ReadBack(root / "disk.iso", "Fotos/bild.jpg"), std::string(3000, 'j'));
+    EXPECT_EQ(ReadBack(root / "disk.iso", "notiz.txt"), "Notiz");
 }
 
 TEST_F(BurnCommandTest, EraseOnlyWithAnAnswer) {

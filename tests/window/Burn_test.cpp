@@ -139,4 +139,39 @@ TEST_F(BurnPerson, ASecondSessionJoinsTheFirstAndEraseEmptiesTheDisc) {
     EXPECT_FALSE(authoring::IsoTreeReader(disc.string()).ok());
 }
 
+// "Disk nach dem Brennen prüfen": an image and both sessions of a compilation are read back
+// before "Brennen erfolgreich!"; once switched on, the setting is kept.
+TEST_F(BurnPerson, TheCheckReadsEachBurnBack) {
+    WriteFile(root / "eins" / "a.txt", "erste Sitzung");
+    WriteFile(root / "zwei" / "b.txt", "zweite Sitzung");
+    EXPECT_FALSE(window->Check6->isChecked());
+    ASSERT_TRUE(window->Check6->isVisible());
+    window->Check6->click();
+    window->Check3->click();
+    for (const char* folder : {"eins", "zwei"}) {
+        Compile({root / folder});
+        window->mnuSave->trigger();
+        ASSERT_EQ(LastBox(), QStringLiteral("Brennen erfolgreich!")) << folder;
+        EXPECT_EQ(window->ExplorerListView1->topLevelItem(0)->text(5), QStringLiteral("Fertig"));
+    }
+    EXPECT_NE(authoring::IsoTreeReader(disc.string()).Find("eins/a.txt"), nullptr);
+
+    fs::remove(disc);
+    const std::string image = (root / "bild.iso").string();
+    authoring::FolderListing listing;
+    authoring::ShowOrdnerInhalt((root / "zwei").string(), listing, {});
+    ASSERT_EQ(
+        authoring::CreateIsoImage({(root / "zwei").string(), "BILD", image}, listing, {}).outcome,
+        authoring::IsoOutcome::Done);
+    window->OptNameBurn[1]->click();
+    window->ComboBox1->setEditText(QString::fromStdString(image));
+    window->mnuSave->trigger();
+    ASSERT_EQ(LastBox(), QStringLiteral("Brennen erfolgreich!"));
+
+    window->TabStrip1->setCurrentIndex(kPageIso);
+    EXPECT_FALSE(window->Check6->isVisible());
+    window->close();
+    EXPECT_EQ(ReadSettingsValue(SettingsFile(), "Diskolo", "Pruefen"), "1");
+}
+
 }  // namespace

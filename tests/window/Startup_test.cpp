@@ -39,6 +39,7 @@ TEST_F(WindowTest, FirstStartCreatesTheSettingsFileAndWritesBothSettingsAtTheEnd
     window->close();
     EXPECT_EQ(ReadSettingsValue(SettingsFile(), "Diskolo", "Unload"), "0");
     EXPECT_EQ(ReadSettingsValue(SettingsFile(), "Diskolo", "Text1"), "Track");
+    EXPECT_EQ(ReadSettingsValue(SettingsFile(), "Diskolo", "Pruefen"), "<fehlt>");
 }
 
 TEST_F(WindowTest, SavedSettingsComeBackAtTheNextStart) {
