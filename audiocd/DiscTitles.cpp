@@ -23,4 +23,10 @@ DiscTitles TitlesFromCdText(const CdText& cdText) {
     return titles;
 }
 
+std::optional<DiscTitles> TitlesFromCdText(const std::optional<CdText>& cdText) {
+    if (!cdText)
+        return std::nullopt;
+    return TitlesFromCdText(*cdText);
+}
+
 }  // namespace plattmix::audiocd

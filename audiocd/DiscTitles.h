@@ -3,6 +3,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
 
 #include "CdText.h"
@@ -32,5 +33,6 @@ struct DiscTitles {
 };
 
 DiscTitles TitlesFromCdText(const CdText& cdText);
+std::optional<DiscTitles> TitlesFromCdText(const std::optional<CdText>& cdText);
 
 }  // namespace plattmix::audiocd

@@ -23,8 +23,7 @@ std::string ReleaseLine(size_t number, const DiscTitles& titles) {
 TitleLookup LookUpDiscTitles(MusicBrainzClient* client, const TrackList& list,
                              const std::optional<CdText>& cdText, size_t release) {
     TitleLookup lookup;
-    if (cdText)
-        lookup.titles = TitlesFromCdText(*cdText);
+    lookup.titles = TitlesFromCdText(cdText);
     const auto toc = DiscIdTocOf(list);
     if (client == nullptr || !toc)
         return lookup;

@@ -179,6 +179,7 @@ void frmMain::LoadSettings() {
     const int unload = Q(shell::ReadIni(paths_, "Diskolo", "Unload")).trimmed().toInt(&isNumber);
     Check1->setChecked(isNumber && unload != 0);
     Text1->setText(Q(shell::ReadIni(paths_, "Diskolo", "Text1")));
+    LoadTitleSettings();
 }
 
 void frmMain::LoadLanguage() {
@@ -259,6 +260,7 @@ void frmMain::ShowTrackList(const std::string& handle) {
         emptyText = kTextNoAudioCd;
     ExplorerListView1->SetEmptyListText(emptyText.empty() ? QString() : Tr(Q(emptyText)));
     IsDataCD = list.isDataCD;
+    LookUpTitles(handle, list);
 }
 
 void frmMain::Timer2_Timer() {
@@ -342,6 +344,7 @@ void frmMain::Form_Unload() {
     const QString prefix = Text1->text();
     shell::WriteIni(paths_, "Diskolo", "Text1",
                     prefix.isEmpty() ? std::string("Track") : prefix.toStdString());
+    SaveTitleSettings();
     StopPlayer();
     if (cdAudio_)
         SendCommand("close " + std::string(kPlayerAlias));
