@@ -5,6 +5,7 @@
 #include <QCheckBox>
 #include <QCoreApplication>
 #include <QLabel>
+#include <QStringList>
 #include <QTimer>
 #include <chrono>
 #include <future>
@@ -91,6 +92,11 @@ void frmMain::LookUpTitles(const std::string& handle, const audiocd::TrackList& 
 
 void frmMain::ShowTitles() {
     Label5[0]->setText(Q(titles_.status));
+    // The releases not taken, for a look at the status line.
+    QStringList others;
+    for (const auto& line : titles_.otherReleases)
+        others << Q(line);
+    Label5[0]->setToolTip(others.join(QLatin1Char('\n')));
     if (!titles_.titles)
         return;
     for (int row = 0; row < ExplorerListView1->topLevelItemCount(); ++row) {
