@@ -57,8 +57,15 @@ void frmMain::SaveTitleSettings() {
 void frmMain::LookUpTitles(const std::string& handle, const audiocd::TrackList& list) {
     trackList_ = list;
     shownDiscId_.clear();
-    if (!CheckMusicBrainz->isChecked())
+    if (!CheckMusicBrainz->isChecked()) {
+        // Switched off: what the look-up showed goes.
+        if (!titlesDiscId_.empty()) {
+            Label5[0]->clear();
+            Label5[0]->setToolTip(QString());
+            titlesDiscId_.clear();
+        }
         return;
+    }
     shownDiscId_ = DiscIdOf(list);
     if (shownDiscId_.empty())
         return;
