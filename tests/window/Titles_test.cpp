@@ -4,6 +4,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
+#include <QTest>
 
 #include "DiscId.h"
 #include "DiscWriter.h"
@@ -76,6 +77,11 @@ TEST_F(TitlesPerson, FoundTitlesShowAndGoIntoTheTags) {
     EXPECT_EQ(tags["artist"], "Kapelle");
     EXPECT_EQ(tags["musicbrainz_albumid"], "rel-1");
     EXPECT_EQ(server.Requests().size(), 1u);  // the refreshes ask no more
+
+    // Switched off, the disc is read again and the look-up's texts go.
+    window->CheckMusicBrainz->click();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return window->Label5[0]->text().isEmpty(); }, 20000));
+    EXPECT_TRUE(window->ExplorerListView1->topLevelItem(1)->toolTip(3).isEmpty());
 }
 
 TEST_F(TitlesPerson, ServerDownKeepsTheCdTextAndSaysSoOnce) {
