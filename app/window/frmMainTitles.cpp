@@ -47,11 +47,15 @@ void frmMain::CreateTitleControls() {
 }
 
 void frmMain::LoadTitleSettings() {
-    CheckMusicBrainz->setChecked(shell::ReadIni(paths_, kSection, kKeyOn) == "1");
+    bool isNumber = false;
+    const int on = Q(shell::ReadIni(paths_, kSection, kKeyOn)).trimmed().toInt(&isNumber);
+    CheckMusicBrainz->setChecked(isNumber && on != 0);
 }
 
+// A settings file that never had the look-up on stays as it was.
 void frmMain::SaveTitleSettings() {
-    shell::WriteIni(paths_, kSection, kKeyOn, CheckMusicBrainz->isChecked() ? "1" : "0");
+    if (CheckMusicBrainz->isChecked() || !shell::ReadIni(paths_, kSection, kKeyOn).empty())
+        shell::WriteIni(paths_, kSection, kKeyOn, CheckMusicBrainz->isChecked() ? "1" : "0");
 }
 
 void frmMain::LookUpTitles(const std::string& handle, const audiocd::TrackList& list) {

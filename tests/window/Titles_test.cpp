@@ -99,7 +99,7 @@ TEST_F(TitlesPerson, ServerDownKeepsTheCdTextAndSaysSoOnce) {
     EXPECT_EQ(RipFirstTrackTags(*window)["title"], "Spur 01");
 }
 
-TEST_F(TitlesPerson, OffByDefaultAsksNobodyAndTheSettingIsKept) {
+TEST_F(TitlesPerson, OffByDefaultAsksNobodyAndTheChoiceIsKept) {
     frmMain* window = StartAndFill();
     ASSERT_NE(window, nullptr);
     EXPECT_FALSE(window->CheckMusicBrainz->isChecked());
@@ -107,6 +107,15 @@ TEST_F(TitlesPerson, OffByDefaultAsksNobodyAndTheSettingIsKept) {
     EXPECT_TRUE(window->ExplorerListView1->topLevelItem(0)->toolTip(0).isEmpty());
     EXPECT_EQ(RipFirstTrackTags(*window)["title"], "Spur 01");
     EXPECT_TRUE(server.Requests().empty());
+    // A settings file that never had it on gets no key; one that had it keeps the choice.
+    window->close();
+    EXPECT_EQ(ReadSettingsValue(SettingsFile(), "Diskolo", "MusicBrainz"), "<fehlt>");
+    SwitchOn(server.Url());
+    startup.reset();
+    window = StartAndFill();
+    ASSERT_NE(window, nullptr);
+    EXPECT_TRUE(window->CheckMusicBrainz->isChecked());
+    window->CheckMusicBrainz->setChecked(false);
     window->close();
     EXPECT_EQ(ReadSettingsValue(SettingsFile(), "Diskolo", "MusicBrainz"), "0");
 }
