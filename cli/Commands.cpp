@@ -9,16 +9,17 @@
 #include "IsoCommand.h"
 #include "MountCommand.h"
 #include "RipCommand.h"
+#include "TitleOptions.h"
 #include "TrayCommand.h"
 
 namespace plattmix::cli {
 
 ParseResult ParseCommandLine(const std::vector<std::string>& words) {
-    return ParseCliArgs(
-        words,
-        {"--drive", "--tracks", "--format", "--out", "--prefix", "--number", "--volume", "--image",
-         "--list", "--track", "--seconds"},
-        {"--demo", "--number-first", "--multisession", "--close", "--eject", "--verify", "--yes"});
+    return ParseCliArgs(words,
+                        {"--drive", "--tracks", "--format", "--out", "--prefix", "--number",
+                         "--volume", "--image", "--list", "--track", "--seconds", "--release"},
+                        {"--demo", "--number-first", "--multisession", "--close", "--eject",
+                         "--verify", "--yes", "--musicbrainz"});
 }
 
 void PrintUsage(std::ostream& out) {
@@ -26,9 +27,11 @@ void PrintUsage(std::ostream& out) {
            "\n"
            "Befehle:\n"
            "  drives [--drive LAUFWERK]   Laufwerksliste anzeigen\n"
-           "  toc [--drive LAUFWERK]      Trackliste der Disk anzeigen\n"
+           "  toc [--drive LAUFWERK] [--musicbrainz [--release N]]\n"
+           "                              Trackliste der Disk anzeigen\n"
            "  rip [--drive LAUFWERK] --out ORDNER [--tracks 1,3-5] [--format wav]\n"
            "      [--prefix NAME] [--number running|track] [--number-first]\n"
+           "      [--musicbrainz [--release N]]\n"
            "                              Tracks rippen (Positionen wie in der Trackliste)\n"
            "  image list | add PFAD | add --demo | remove PFAD\n"
            "                              Disk-Images, die das Fenster ohne Laufwerk anbietet\n"
@@ -50,6 +53,8 @@ void PrintUsage(std::ostream& out) {
            "                              einen Track S Sekunden lang abspielen\n"
            "\n"
            "LAUFWERK ist ein Laufwerk (/dev/sr0) oder ein Disk-Image (.cue, .iso).\n"
+           "--musicbrainz sucht die Titel online (MusicBrainz), sonst gilt der CD-Text;\n"
+           "--release N nimmt die N-te gefundene Veröffentlichung.\n"
            "Ohne --drive: die optischen Laufwerke des Rechners, sonst die eingebaute Demo-Disk.\n";
 }
 
@@ -78,6 +83,8 @@ int RunCommand(const CliArgs& args, std::ostream& out, std::ostream& err, bool t
         return RunPlayCommand(args, out, err, terminal);
     if (args.command == "compilation")
         return RunCompilationCommand(args, out, err);
+    if (args.command == "toc" && args.options.contains("--musicbrainz"))
+        return RunTitledToc(args, out, err);
     if (args.command == "drives" || args.command == "toc")
         return RunDriveCommand(args, out, err);
     err << "Unbekannter Befehl: " << args.command << '\n';

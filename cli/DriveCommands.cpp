@@ -1,5 +1,6 @@
 #include "DriveCommands.h"
 
+#include <algorithm>
 #include <iomanip>
 #include <ostream>
 
@@ -35,7 +36,7 @@ int Drives(DriveChoice& choice, std::ostream& out, std::ostream& err) {
     return entries.empty() ? kExitFailed : kExitDone;
 }
 
-int Toc(DriveChoice& choice, std::ostream& out, std::ostream& err) {
+int Toc(DriveChoice& choice, std::ostream& out, std::ostream& err, const TocTitlesFn& titlesOf) {
     // Like the window: the track list of the chosen drive, or of the first one listed.
     const auto entries = Entries(choice, err);
     if (entries.empty()) {
@@ -43,25 +44,36 @@ int Toc(DriveChoice& choice, std::ostream& out, std::ostream& err) {
         return kExitFailed;
     }
     int16_t index = entries.front().index;
-    const auto list =
-        audiocd::ReadTrackList(*choice.transport, choice.transport->DriveHandle(index));
+    const std::string handle = choice.transport->DriveHandle(index);
+    const auto list = audiocd::ReadTrackList(*choice.transport, handle);
     if (list.rows.empty()) {
         out << list.emptyText << '\n';
         return kExitFailed;
+    }
+    TocTitles titles;
+    if (titlesOf)
+        titles = titlesOf(*choice.transport, handle, list);
+    if (titles.usage) {
+        err << *titles.usage << '\n';
+        return kExitUsage;
     }
     out << std::left << std::setw(7) << "Track" << std::setw(8) << "Dauer" << std::setw(10)
         << "Anfang" << std::setw(10) << "Ende"
         << "Inhalt" << '\n';
     for (const auto& row : list.rows) {
         out << std::left << std::setw(7) << row.track << std::setw(8) << row.dauer << std::setw(10)
-            << row.anfang << std::setw(10) << row.ende << row.inhalt << '\n';
+            << row.anfang << std::setw(10) << row.ende << row.inhalt;
+        if (const auto title = titles.byTrack.find(row.track); title != titles.byTrack.end())
+            out << std::string(8 - std::min<size_t>(row.inhalt.size(), 7), ' ') << title->second;
+        out << '\n';
     }
     return kExitDone;
 }
 
 }  // namespace
 
-int RunDriveCommand(const CliArgs& args, std::ostream& out, std::ostream& err) {
+int RunDriveCommand(const CliArgs& args, std::ostream& out, std::ostream& err,
+                    const TocTitlesFn& titles) {
     if (!args.positional.empty()) {
         err << "Unerwartetes Argument: " << args.positional.front() << '\n';
         return kExitUsage;
@@ -73,7 +85,7 @@ int RunDriveCommand(const CliArgs& args, std::ostream& out, std::ostream& err) {
     }
     if (args.command == "drives")
         return Drives(*chosen.choice, out, err);
-    return Toc(*chosen.choice, out, err);
+    return Toc(*chosen.choice, out, err, titles);
 }
 
 }  // namespace plattmix::cli

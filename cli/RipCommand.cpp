@@ -16,6 +16,7 @@
 #include "RipEncoder.h"
 #include "RipJob.h"
 #include "RipTrack.h"
+#include "TitleOptions.h"
 #include "TrackList.h"
 #include "modPaths.h"
 
@@ -47,6 +48,7 @@ std::optional<int> Number(std::string_view text) {
 struct RipSettings {
     audiocd::RipJobParams params;
     std::optional<std::string> tracks;
+    TitleOptions titles;
 };
 
 // The options into the job's parameters; the usage error's text when they don't fit.
@@ -70,7 +72,7 @@ std::optional<std::string> ReadOptions(const CliArgs& args, RipSettings& setting
     p.runningNumber = numbering == "running";
     p.numberFirst = args.options.contains("--number-first");
     settings.tracks = Option(args, "--tracks");
-    return std::nullopt;
+    return ReadTitleOptions(args, settings.titles);
 }
 
 }  // namespace
@@ -182,11 +184,19 @@ int RunRipCommand(const CliArgs& args, std::ostream& out, std::ostream& err, boo
             reading.reset();
     };
 
+    // Compressed files are tagged with the disc's titles: CD-Text, or the look-up's.
+    audiocd::EncodeFn encoder;
+    if (p.formatIndex != encode::kWavFormat) {
+        const auto titles = ReadDiscTitles(settings.titles, transport, p.handle, list, out);
+        if (titles.usage) {
+            err << *titles.usage << '\n';
+            return kExitUsage;
+        }
+        encoder = encode::MakeRipEncoder(p, titles.lookup.titles);
+    }
+
     interrupted = false;
     const auto previous = std::signal(SIGINT, OnInterrupt);
-    audiocd::EncodeFn encoder;
-    if (p.formatIndex != encode::kWavFormat)
-        encoder = encode::MakeRipEncoder(p, audiocd::ReadCdText(transport, p.handle));
     const audiocd::RipJobResult result = audiocd::RunRipJob(transport, p, hooks, rowText, encoder);
     std::signal(SIGINT, previous);
     return result.aborted || failed ? kExitFailed : kExitDone;

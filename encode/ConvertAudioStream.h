@@ -21,6 +21,11 @@ struct AudioTags {
     std::string artist;
     std::string album;
     std::string albumArtist;
+    std::string date;
+    int disc = 0;             // the disc's position among the release's discs
+    int discCount = 0;        // the release's discs
+    std::string releaseId;    // MusicBrainz
+    std::string recordingId;  // MusicBrainz
 };
 
 struct ConvertHooks {

@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <system_error>
 
+#include "Mp4FreeformTags.h"
+
 namespace plattmix::encode {
 namespace {
 
@@ -12,21 +14,41 @@ void SetTag(AVDictionary** metadata, const char* key, const std::string& value) 
         av_dict_set(metadata, key, value.c_str(), 0);
 }
 
+// "n/N" when the count is known, else "n"; nothing for 0.
+void SetNumber(AVDictionary** metadata, const char* key, int number, int count) {
+    if (number <= 0)
+        return;
+    char text[32];
+    if (count > 0)
+        std::snprintf(text, sizeof text, "%d/%d", number, count);
+    else
+        std::snprintf(text, sizeof text, "%d", number);
+    av_dict_set(metadata, key, text, 0);
+}
+
 void SetTags(AVDictionary** metadata, const AudioTags& tags) {
     SetTag(metadata, "title", tags.title);
     SetTag(metadata, "artist", tags.artist);
     SetTag(metadata, "album", tags.album);
     SetTag(metadata, "album_artist", tags.albumArtist);
-    if (tags.track > 0) {
-        // "n/N" when the disc's track count is known, else "n".
-        char track[32];
-        if (tags.trackCount > 0)
-            std::snprintf(track, sizeof track, "%d/%d", tags.track, tags.trackCount);
-        else
-            std::snprintf(track, sizeof track, "%d", tags.track);
-        av_dict_set(metadata, "track", track, 0);
-    }
+    SetTag(metadata, "date", tags.date);
+    SetNumber(metadata, "track", tags.track, tags.trackCount);
+    SetNumber(metadata, "disc", tags.disc, tags.discCount);
 }
+
+// The MusicBrainz IDs under the names each container's taggers use for them: ID3 TXXX frames,
+// Vorbis comments, ASF attributes; MP4's free-form entries come after the file is written.
+struct IdNames {
+    const char* muxer;
+    const char* release;
+    const char* recording;
+};
+constexpr IdNames kIdNames[] = {
+    {"mp3", "MusicBrainz Album Id", "MusicBrainz Track Id"},
+    {"flac", "MUSICBRAINZ_ALBUMID", "MUSICBRAINZ_TRACKID"},
+    {"asf", "MusicBrainz/Album Id", "MusicBrainz/Track Id"},
+    {"mp4", "MusicBrainz Album Id", "MusicBrainz Track Id"},
+};
 
 }  // namespace
 
@@ -57,11 +79,29 @@ bool OutputFile::Open(const AVCodecContext& encoder, const AudioTags& tags) {
         return false;
     stream_->time_base = encoder.time_base;
     SetTags(&format_->metadata, tags);
+    SetIdTags(tags);
 
     if (avio_open(&format_->pb, path_.c_str(), AVIO_FLAG_WRITE) < 0)
         return false;
     created_ = true;
     return avformat_write_header(format_.get(), nullptr) >= 0;
+}
+
+void OutputFile::SetIdTags(const AudioTags& tags) {
+    const std::string muxer = format_->oformat->name;
+    for (const IdNames& names : kIdNames) {
+        if (muxer != names.muxer)
+            continue;
+        for (const auto& [key, value] : {std::pair{names.release, tags.releaseId},
+                                         std::pair{names.recording, tags.recordingId}}) {
+            if (value.empty())
+                continue;
+            if (muxer == "mp4")
+                freeformTags_.emplace_back(key, value);
+            else
+                av_dict_set(&format_->metadata, key, value.c_str(), 0);
+        }
+    }
 }
 
 bool OutputFile::Write(AVPacket& packet, AVRational encoderTimeBase) {
@@ -78,6 +118,9 @@ bool OutputFile::Finish() {
     if (!trailer || !closed)
         return false;
     finished_ = true;
+    // Without them the file is still whole: the IDs are left out.
+    if (!freeformTags_.empty())
+        AddMp4FreeformTags(path_, freeformTags_);
     return true;
 }
 

@@ -4,6 +4,8 @@
 
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "ConvertAudioStream.h"
 #include "FfmpegOwners.h"
@@ -35,13 +37,15 @@ class OutputFile {
   private:
     explicit OutputFile(std::string path) : path_(std::move(path)) {}
     bool CloseFile();
+    void SetIdTags(const AudioTags& tags);
     void Discard();
 
     std::string path_;
     ff::OutputFormat format_;
     AVStream* stream_ = nullptr;
-    bool created_ = false;   // the file exists on disk
-    bool finished_ = false;  // written whole and closed
+    bool created_ = false;                                           // the file exists on disk
+    bool finished_ = false;                                          // written whole and closed
+    std::vector<std::pair<std::string, std::string>> freeformTags_;  // MP4's, added at the end
 };
 
 }  // namespace plattmix::encode

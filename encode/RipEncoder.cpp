@@ -12,29 +12,28 @@
 namespace plattmix::encode {
 
 using audiocd::ByteQueue;
-using audiocd::CdText;
+using audiocd::DiscTitles;
 using audiocd::EncodeFn;
 using audiocd::RipJobParams;
 using audiocd::TrackEncode;
 
 namespace {
 
-std::string Lookup(const std::map<int, std::string>& texts, int track) {
-    const auto it = texts.find(track);
-    return it == texts.end() ? std::string() : it->second;
-}
-
-AudioTags TagsFor(const RipJobParams& params, const std::optional<CdText>& cdText, size_t row) {
+AudioTags TagsFor(const RipJobParams& params, const std::optional<DiscTitles>& titles, size_t row) {
     AudioTags tags;
     tags.track = params.rows[row].trackNumber;
     tags.trackCount = static_cast<int>(params.rows.size());
-    if (cdText) {
-        tags.album = cdText->albumTitle;
-        tags.albumArtist = cdText->albumPerformer;
-        tags.title = Lookup(cdText->titles, tags.track);
-        tags.artist = Lookup(cdText->performers, tags.track);
-        if (tags.artist.empty())
-            tags.artist = cdText->albumPerformer;
+    if (titles) {
+        tags.album = titles->album;
+        tags.albumArtist = titles->albumArtist;
+        tags.title = titles->TitleOf(tags.track);
+        tags.artist = titles->ArtistOf(tags.track);
+        tags.date = titles->date;
+        tags.disc = titles->discNumber;
+        tags.discCount = titles->discCount;
+        tags.releaseId = titles->releaseId;
+        if (const auto it = titles->tracks.find(tags.track); it != titles->tracks.end())
+            tags.recordingId = it->second.recordingId;
     }
     return tags;
 }
@@ -85,13 +84,13 @@ class StreamingTrack final : public TrackEncode {
 
 }  // namespace
 
-EncodeFn MakeRipEncoder(const RipJobParams& params, const std::optional<CdText>& cdText) {
-    return [params, cdText](const std::string& basePath, const std::string& fileName,
+EncodeFn MakeRipEncoder(const RipJobParams& params, const std::optional<DiscTitles>& titles) {
+    return [params, titles](const std::string& basePath, const std::string& fileName,
                             size_t row) -> std::unique_ptr<TrackEncode> {
         const std::string done =
             fileName + std::string(FormatAt(params.formatIndex).extension) + audiocd::kTextDone;
         return std::make_unique<StreamingTrack>(basePath, done, params.formatIndex,
-                                                TagsFor(params, cdText, row));
+                                                TagsFor(params, titles, row));
     };
 }
 

@@ -1,11 +1,11 @@
 // The encoder the rip job hands every non-WAV track to: the WAV stream, as the drive delivers
 // it, through the transcoding pipeline on a thread of its own into the chosen format, tagged
-// with the track number and the disc's CD-Text.
+// with the track number and the disc's titles.
 #pragma once
 
 #include <optional>
 
-#include "CdText.h"
+#include "DiscTitles.h"
 #include "JobHooks.h"
 #include "RipJob.h"
 
@@ -13,6 +13,6 @@ namespace plattmix::encode {
 
 // The row's text is fileName + the format's extension + " -->Fertig", or "XXX Fehler!".
 audiocd::EncodeFn MakeRipEncoder(const audiocd::RipJobParams& params,
-                                 const std::optional<audiocd::CdText>& cdText);
+                                 const std::optional<audiocd::DiscTitles>& titles);
 
 }  // namespace plattmix::encode

@@ -182,6 +182,7 @@ void frmMain::LoadSettings() {
     Check1->setChecked(isNumber && unload != 0);
     Text1->setText(Q(shell::ReadIni(paths_, "Diskolo", "Text1")));
     Check6->setChecked(Q(shell::ReadIni(paths_, "Diskolo", kVerifyKey)).trimmed().toInt() != 0);
+    LoadTitleSettings();
 }
 
 void frmMain::LoadLanguage() {
@@ -262,6 +263,7 @@ void frmMain::ShowTrackList(const std::string& handle) {
         emptyText = kTextNoAudioCd;
     ExplorerListView1->SetEmptyListText(emptyText.empty() ? QString() : Tr(Q(emptyText)));
     IsDataCD = list.isDataCD;
+    LookUpTitles(handle, list);
 }
 
 void frmMain::Timer2_Timer() {
@@ -348,6 +350,7 @@ void frmMain::Form_Unload() {
     // Written once it was switched on: a settings file that never had it stays as it was.
     if (Check6->isChecked() || !shell::ReadIni(paths_, "Diskolo", kVerifyKey).empty())
         shell::WriteIni(paths_, "Diskolo", kVerifyKey, Check6->isChecked() ? "1" : "0");
+    SaveTitleSettings();
     StopPlayer();
     if (cdAudio_)
         SendCommand("close " + std::string(kPlayerAlias));

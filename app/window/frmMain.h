@@ -7,6 +7,7 @@
 #include <array>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "BurnJob.h"
@@ -18,6 +19,7 @@
 #include "IAudioSink.h"
 #include "ISCSI.h"
 #include "IVirtualDriveService.h"
+#include "TitleLookup.h"
 #include "TransportSelection.h"
 #include "modLanguage.h"
 #include "modSettings.h"
@@ -129,6 +131,8 @@ class frmMain final : public QMainWindow {
     QCheckBox* Check4 = nullptr;
     QCheckBox* Check5 = nullptr;
     QCheckBox* Check6 = nullptr;  // read the disc back after a burn ("Pruefen")
+    // "Titel online suchen (MusicBrainz)" on the ripping page.
+    QCheckBox* CheckMusicBrainz = nullptr;
     QAction* mnuSave = nullptr;
     QProgressBar* ProgressBar1 = nullptr;
     QFrame* Picture1 = nullptr;
@@ -271,6 +275,14 @@ class frmMain final : public QMainWindow {
 
     void StartBurnJob();
 
+    // The disc's titles: the online look-up, its status line and tooltips (frmMainTitles.cpp).
+    void CreateTitleControls();
+    void LoadTitleSettings();
+    void SaveTitleSettings();
+    void LookUpTitles(const std::string& handle, const audiocd::TrackList& list);
+    void ShowTitles();
+    std::optional<audiocd::DiscTitles> TitlesForRip(const std::string& handle);
+
     shell::SettingsPaths paths_;
     WindowOptions options_;
     shell::LanguageTexts lang_;
@@ -288,6 +300,15 @@ class frmMain final : public QMainWindow {
     // The page whose Start command's job is under way, kNoJob when none is (a close clears
     // isBusy at once, while the stopped job still unwinds).
     int jobPage_ = kNoJob;
+
+    // The online look-up: its client (which paces the requests), the disc the track list shows
+    // and the disc the titles belong to, by disc ID.
+    std::unique_ptr<audiocd::MusicBrainzClient> musicBrainz_;
+    audiocd::TrackList trackList_;
+    std::string shownDiscId_;
+    std::string titlesDiscId_;
+    audiocd::TitleLookup titles_;
+    bool lookingUp_ = false;
 };
 
 }  // namespace plattmix::window

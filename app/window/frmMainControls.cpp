@@ -128,6 +128,7 @@ void frmMain::CreateRipControls() {
     Label1 = new QLabel(QStringLiteral("Zielpfad"), c);
     Label2[0] = new QLabel(QStringLiteral("Dateiname:"), c);
     Label2[1] = new QLabel(QStringLiteral("+ .mp3"), c);
+    CreateTitleControls();
 }
 
 void frmMain::CreateIsoControls() {
@@ -241,6 +242,7 @@ QWidget* frmMain::TargetBox() {
     auto* options = Row();
     options->addWidget(Frame1);
     options->addWidget(Check2);
+    options->addWidget(CheckMusicBrainz);
     options->addStretch();
     grid->addLayout(options, 3, 0, 1, 6);
     auto* iso = Row();

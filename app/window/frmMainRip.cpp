@@ -85,12 +85,15 @@ void frmMain::ShowPage(int page) {
             ShowRipPage();
             break;
     }
+    if (page != kPageRip)
+        CheckMusicBrainz->hide();
 }
 
 void frmMain::ShowRipPage() {
     const bool audio = !IsDataCD;
     SetShown({cboDrv, Command1, Command4, Text1, Check2, ComboBox2, Label1, Label4}, true);
     SetShown({Command5[0], Command6, ComboBox3, Frame1}, audio);
+    SetShown({CheckMusicBrainz}, audio);
     SetShown({OptFormat, Text3, Label2[2]}, !audio);
     SetShown({Text2, Command7, Frame2, Command15[0], Command15[1], Check3, Check4, Check5, Check6},
              false);
@@ -283,11 +286,11 @@ void frmMain::RipAudioTracks(const std::string& prefix, const std::string& targe
         if (QTreeWidgetItem* item = ExplorerListView1->PageRow(kPageRip, static_cast<int>(row)))
             item->setText(5, QString::fromStdString(text));
     };
-    // Other formats go through the encoder, tagged with the disc's CD-Text where it has one.
+    // Other formats go through the encoder, tagged with the disc's titles: its CD-Text, or
+    // the look-up's.
     audiocd::EncodeFn encoder;
-    if (params.formatIndex != audiocd::kWavFormatIndex) {
-        encoder = encode::MakeRipEncoder(params, audiocd::ReadCdText(*transport_, params.handle));
-    }
+    if (params.formatIndex != audiocd::kWavFormatIndex)
+        encoder = encode::MakeRipEncoder(params, TitlesForRip(params.handle));
     audiocd::RunRipJob(*transport_, params, hooks, rowText, encoder);
 }
 

@@ -48,6 +48,11 @@ AudioTags SomeTags() {
     tags.artist = "Die Testkapelle";
     tags.album = "Plattmix Proben";
     tags.albumArtist = "Verschiedene";
+    tags.date = "1999-02-03";
+    tags.disc = 2;
+    tags.discCount = 3;
+    tags.releaseId = "a4e7c2e0-0000-4000-8000-000000000001";
+    tags.recordingId = "b5f8d3f1-0000-4000-8000-000000000002";
     return tags;
 }
 
@@ -70,6 +75,8 @@ struct FormatCase {
     int rate;
     int frame;  // samples per codec frame
     bool tagged;
+    const char* releaseIdKey = "";  // as FFmpeg reads it back, lower-case
+    const char* recordingIdKey = "";
 };
 
 void PrintTo(const FormatCase& c, std::ostream* os) {
@@ -111,6 +118,10 @@ TEST_P(EachFormat, DecodesToItsCodecRateChannelsLengthAndTags) {
         EXPECT_EQ(probed->tags["album"], "Plattmix Proben");
         EXPECT_EQ(probed->tags["album_artist"], "Verschiedene");
         EXPECT_EQ(probed->tags["track"], "3/12");
+        EXPECT_EQ(probed->tags["date"], "1999-02-03");
+        EXPECT_EQ(probed->tags["disc"], "2/3");
+        EXPECT_EQ(probed->tags[c.releaseIdKey], "a4e7c2e0-0000-4000-8000-000000000001");
+        EXPECT_EQ(probed->tags[c.recordingIdKey], "b5f8d3f1-0000-4000-8000-000000000002");
     }
     ASSERT_FALSE(log.progress.empty());
     EXPECT_EQ(log.progress.back(), 100);
@@ -119,9 +130,12 @@ TEST_P(EachFormat, DecodesToItsCodecRateChannelsLengthAndTags) {
 INSTANTIATE_TEST_SUITE_P(
     Formats, EachFormat,
     ::testing::Values(
-        FormatCase{0, "mp3", 44100, 1152, true}, FormatCase{1, "aac", 44100, 1024, true},
-        FormatCase{2, "mp2", 48000, 1152, false}, FormatCase{3, "flac", 44100, 4608, true},
-        FormatCase{4, "ac3", 48000, 1536, false}, FormatCase{5, "wmav2", 44100, 2048, true}),
+        FormatCase{0, "mp3", 44100, 1152, true, "musicbrainz album id", "musicbrainz track id"},
+        FormatCase{1, "aac", 44100, 1024, true, "musicbrainz album id", "musicbrainz track id"},
+        FormatCase{2, "mp2", 48000, 1152, false},
+        FormatCase{3, "flac", 44100, 4608, true, "musicbrainz_albumid", "musicbrainz_trackid"},
+        FormatCase{4, "ac3", 48000, 1536, false},
+        FormatCase{5, "wmav2", 44100, 2048, true, "musicbrainz/album id", "musicbrainz/track id"}),
     [](const auto& param_info) {
         return std::string(kOutputFormats[static_cast<size_t>(param_info.param.index)].cliName);
     });

@@ -96,7 +96,7 @@ TEST_F(LoadedWindow, EachPageShowsItsOwnControls) {
         {window->Check5, "..+"},         {window->OptNameBurn[0], ".?+"},
         {window->OptNameBurn[1], "??+"}, {window->Command11, "??+"},
         {window->Command14, "??+"},      {window->Label2[0], "??."},
-        {window->Command13, "??."},
+        {window->Command13, "??."},      {window->CheckMusicBrainz, "+.."},
     };
     const char* const extensions[] = {"+ .mp3", "+ .iso", nullptr};
     const char* const placeholders[] = {"Bitte Zielpfad auswählen --->",
