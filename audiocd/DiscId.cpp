@@ -4,14 +4,12 @@
 #include <cstdio>
 
 #include "Sha1.h"
+#include "modMSF.h"
 
 namespace plattmix::audiocd {
 namespace {
 
-constexpr int32_t kLeadInFrames = 150;
-// Between the audio session's lead-out and the data session's first track: the lead-out area
-// (6750 frames), the next lead-in (4500) and the data track's pre-gap (150).
-constexpr int32_t kSessionGapFrames = 11400;
+constexpr int32_t kLeadInFrames = modMSF::kPregapFrames;  // MusicBrainz counts from the lead-in
 
 std::string Hex(uint32_t value, int digits) {
     char text[9];
@@ -63,13 +61,9 @@ std::optional<DiscIdToc> DiscIdTocOf(const TrackList& list) {
     toc.lastTrack = (end - 1)->track;
     for (auto row = rows.begin(); row != end; ++row)
         toc.offsets.push_back(row->startLba + kLeadInFrames);
-    if (end == rows.end()) {
-        toc.leadOut = rows.back().endLba + kLeadInFrames;
-    } else {
-        // Enhanced CD: the audio session's own lead-out, derived from where the data session
-        // starts. TODO(session TOC): take the first session's lead-out from READ TOC instead.
-        toc.leadOut = end->startLba + kLeadInFrames - kSessionGapFrames;
-    }
+    // The last audio track's end: the disc's lead-out, or on an Enhanced CD its audio
+    // session's, as the track list reads them from the sessions.
+    toc.leadOut = (end - 1)->endLba + kLeadInFrames;
     return toc;
 }
 

@@ -50,9 +50,11 @@ TrackList ListOf(const std::vector<int32_t>& starts, int32_t leadOut, size_t aud
 TEST(DiscId, AnEnhancedCdCountsItsAudioSessionOnly) {
     const TrackList plain = ListOf({0, 15213, 32164, 46442, 63264, 80339}, 95312, 6);
     EXPECT_EQ(MusicBrainzDiscId(*DiscIdTocOf(plain)), "49HHV7Eb8UKF3aQiNmu1GR8vKTY-");
-    // Seven audio tracks, then the data session 11400 frames after the audio lead-out.
-    const TrackList enhanced =
+    // Seven audio tracks, then the data session 11400 frames after the audio lead-out; the
+    // track list ends the last audio track at its session's lead-out.
+    TrackList enhanced =
         ListOf({0, 13959, 33436, 52927, 65631, 77742, 99024, 114574 + 11400 - 150}, 160000, 7);
+    enhanced.rows[6].endLba = 114574 - 150;
     const auto toc = DiscIdTocOf(enhanced);
     ASSERT_TRUE(toc);
     EXPECT_EQ(toc->lastTrack, 7);
