@@ -36,9 +36,10 @@ class SecureReader {
     static size_t BlockCount(const SecureTrackSpan& span);
 
     struct Block {
-        bool read = false;      // false: the drive failed the request
-        bool c2Errors = false;  // the drive marked bytes of the block as unreliable
+        bool read = false;  // false: the drive failed the request
         std::vector<uint8_t> audio;
+        // Per sector of audio: the drive marked bytes that went into it as unreliable.
+        std::vector<bool> c2;
     };
     // The track's block index: its samples with the offset applied.
     Block Read(const SecureTrackSpan& span, size_t index);
@@ -50,7 +51,8 @@ class SecureReader {
     int32_t FailedEnd() const { return failedEnd_; }
 
   private:
-    bool ReadSectors(int32_t lba, int32_t count, std::vector<uint8_t>& raw, bool& c2Errors);
+    // Into raw_, and each sector's C2 mark into c2Marks_.
+    bool ReadSectors(int32_t lba, int32_t count);
 
     scsi::ISCSI* transport_;
     std::string handle_;
@@ -60,6 +62,7 @@ class SecureReader {
     int32_t failedLba_ = 0;
     int32_t failedEnd_ = 0;
     std::vector<uint8_t> raw_;
+    std::vector<bool> c2Marks_;
 };
 
 }  // namespace plattmix::audiocd
