@@ -1,8 +1,11 @@
 #include "SecureRipJob.h"
 
+#include <algorithm>
 #include <atomic>
+#include <cstdio>
 #include <deque>
 #include <future>
+#include <thread>
 #include <vector>
 
 #include "AccurateRipFetch.h"
@@ -11,21 +14,31 @@
 #include "RipLog.h"
 #include "SecureTrack.h"
 #include "SessionToc.h"
+#include "SpooledEncode.h"
 #include "TrackReader.h"
-#include "WavTrackFile.h"
 #include "modMMC.h"
 
 namespace plattmix::audiocd {
 namespace {
 
 constexpr auto kPollPeriod = std::chrono::milliseconds(50);
+constexpr const char* kSpoolSuffix = ".plattmix.wav";
 
-// A track read and judged whose output may still be encoding; its row's text waits for it.
+// As many encoders at once as the machine has cores, at least one.
+size_t EncoderLimit() {
+    return std::max(1u, std::thread::hardware_concurrency());
+}
+
+// A track read and judged; its row's text waits for its encoding, which waits for a free core.
 struct Finished {
     size_t row = 0;
-    std::unique_ptr<TrackEncode> output;
-    std::string suffix;  // " (AccurateRip: …)"
-    std::string text;    // shown instead of the output's result when not empty
+    std::string text;      // the row's text, when it does not come from an encoder
+    std::string wavPath;   // to encode, when not empty
+    std::string basePath;  // the encoder's file without extension
+    std::string name;
+    std::unique_ptr<SpooledEncode> encode;
+    std::string suffix;  // " (AccurateRip: …)" after the encoder's text
+    bool Waiting() const { return !wavPath.empty() && !encode; }
 };
 
 class SecureRun {
@@ -47,7 +60,7 @@ class SecureRun {
     }
     void FetchRecord();
     bool RipRow(size_t row, const std::string& name);
-    bool Push(TrackEncode& output, std::span<const uint8_t> bytes);
+    void StartEncoders();
     void Relay(bool wait);
     void RecordTrack(size_t row, const std::string& fileName, const ExactTrackBounds& bounds,
                      const SecureTrackResult& ripped);
@@ -107,90 +120,101 @@ void SecureRun::FetchRecord() {
     record_ = fetched.get();
 }
 
-bool SecureRun::Push(TrackEncode& output, std::span<const uint8_t> bytes) {
-    for (;;) {
-        switch (output.Push(bytes, kPollPeriod)) {
-            case ByteQueue::PushResult::Taken:
-                return true;
-            case ByteQueue::PushResult::Closed:
-                return false;
-            case ByteQueue::PushResult::Full:
-                Relay(false);
-                hooks_.Yield();
-                if (hooks_.Aborted())
-                    return false;
+// Starts the encoders of tracks waiting for one, while cores are free.
+void SecureRun::StartEncoders() {
+    size_t running = 0;
+    for (Finished& f : finished_) {
+        if (f.encode && !f.encode->WaitFor(std::chrono::milliseconds(0)))
+            ++running;
+    }
+    for (Finished& f : finished_) {
+        if (running >= EncoderLimit())
+            return;
+        if (!f.Waiting())
+            continue;
+        auto encoder = encode_ ? encode_(f.basePath, f.name, f.row) : nullptr;
+        if (!encoder) {
+            std::remove(f.wavPath.c_str());
+            f.wavPath.clear();
+            f.text = kTextTrackFailed;
+            continue;
         }
+        f.encode = std::make_unique<SpooledEncode>(f.wavPath, std::move(encoder));
+        ++running;
     }
 }
 
-// Shows the results of the tracks whose outputs have ended, in track order; with wait, waits
+// Shows the results of the tracks whose encoders have ended, in track order; with wait, waits
 // for all of them.
 void SecureRun::Relay(bool wait) {
+    StartEncoders();
     while (!finished_.empty()) {
         Finished& front = finished_.front();
-        if (front.output && !front.output->WaitFor(std::chrono::milliseconds(0))) {
+        if (front.Waiting() ||
+            (front.encode && !front.encode->WaitFor(std::chrono::milliseconds(0)))) {
             if (!wait)
                 return;
-            front.output->WaitFor(kPollPeriod);
+            if (front.encode)
+                front.encode->WaitFor(kPollPeriod);
             hooks_.Yield();
+            StartEncoders();
             continue;
         }
-        SetText(front.row, front.text.empty() ? front.output->Result() + front.suffix : front.text);
+        SetText(front.row, front.encode ? front.encode->Result() + front.suffix : front.text);
         finished_.pop_front();
+        StartEncoders();
     }
 }
 
 // False when the user stopped the job.
 bool SecureRun::RipRow(size_t row, const std::string& name) {
-    const size_t index = row;  // the row's position in the table
     const auto bounds = ExactBoundsOf(toc_, static_cast<int>(row + 1));
     if (!bounds)
         return true;  // the row keeps its "Schreibe..."
     const bool wav = params_.rip.formatIndex == kWavFormatIndex;
     const std::string base = params_.rip.targetFolder + name;
     const std::string fileName = name + (wav ? std::string(".wav") : params_.extension);
-    SecureOutput output;
-    output.open = [&]() -> std::unique_ptr<TrackEncode> {
-        if (wav)
-            return std::make_unique<WavTrackFile>(base + ".wav", fileName + kTextDone);
-        return encode_ ? encode_(base, name, row) : nullptr;
-    };
-    output.push = [this](TrackEncode& out, std::span<const uint8_t> bytes) {
-        return Push(out, bytes);
-    };
+    // Other formats: the proven track waits beside its file-to-be, hidden, for its encoder.
+    const std::string wavPath =
+        wav ? base + ".wav" : params_.rip.targetFolder + "." + name + kSpoolSuffix;
     SecureTrackParams track;
     track.span = {bounds->firstLba, bounds->lastLba + 1};
-    track.firstAudio = index == FirstAudio();
-    track.lastAudio = index == LastAudio();
+    track.firstAudio = row == FirstAudio();
+    track.lastAudio = row == LastAudio();
     track.recordPosition = static_cast<int>(row + 1);
     track.record = record_.Found() ? &record_ : nullptr;
-    SecureReader reader(transport_, handle_, toc_.SessionOf(index).leadOutLba, params_.offset, c2_);
-    SecureTrackResult ripped = RipSecureTrack(reader, track, output, hooks_);
+    SecureReader reader(transport_, handle_, toc_.SessionOf(row).leadOutLba, params_.offset, c2_);
+    const SecureTrackResult ripped = RipSecureTrack(reader, track, wavPath, hooks_);
+    RecordTrack(row, fileName, *bounds, ripped);
 
     Finished done;
     done.row = row;
-    done.output = std::move(ripped.output);
     switch (ripped.end) {
         case SecureTrackResult::End::Stopped:
             done.text = kTextAborted;
             break;
-        case SecureTrackResult::End::ReadFailed:
+        case SecureTrackResult::End::ReadFailed:  // the row keeps its "Schreibe..."
             hooks_.Warn(ReadErrorText(reader.FailedLba(), reader.FailedEnd()));
-            done.output.reset();
-            break;
-        case SecureTrackResult::End::OutputFailed:
+            Relay(false);
+            return true;
+        case SecureTrackResult::End::FileFailed:
+            hooks_.Warn(ripped.fileError);
             done.text = kTextTrackFailed;
             break;
         case SecureTrackResult::End::Done:
             done.suffix = " (" + ripped.verdict.RowText() + ")";
+            if (wav) {
+                done.text = fileName + kTextDone + done.suffix;
+            } else {
+                done.wavPath = wavPath;
+                done.basePath = base;
+                done.name = name;
+            }
             break;
     }
-    const bool stopped = ripped.end == SecureTrackResult::End::Stopped;
-    if (ripped.end != SecureTrackResult::End::ReadFailed || !done.text.empty())
-        finished_.push_back(std::move(done));
-    RecordTrack(row, fileName, *bounds, ripped);
+    finished_.push_back(std::move(done));
     Relay(false);
-    return !stopped;
+    return ripped.end != SecureTrackResult::End::Stopped;
 }
 
 size_t SecureRun::FirstAudio() const {
@@ -228,7 +252,7 @@ void SecureRun::RecordTrack(size_t row, const std::string& fileName, const Exact
     track.problem = ripped.problem;
     if (ripped.end == SecureTrackResult::End::ReadFailed)
         track.problem = "Lesefehler.";
-    else if (ripped.end == SecureTrackResult::End::OutputFailed)
+    else if (ripped.end == SecureTrackResult::End::FileFailed)
         track.problem = "Die Datei konnte nicht geschrieben werden.";
     else if (ripped.end == SecureTrackResult::End::Stopped)
         track.problem = "Abgebrochen.";

@@ -7,6 +7,7 @@
 #include "AccurateRipChecksum.h"
 #include "Crc32.h"
 #include "TrackBounds.h"
+#include "WavFile.h"
 #include "WavHeader.h"
 #include "modMSF.h"
 
@@ -58,10 +59,10 @@ struct Ballot {
 class SecureTrackRun {
   public:
     SecureTrackRun(SecureReader& reader, const SecureTrackParams& params,
-                   const SecureOutput& output, const JobHooks& hooks)
+                   const std::string& wavPath, const JobHooks& hooks)
         : reader_(reader),
           params_(params),
-          output_(output),
+          file_(wavPath, true),
           hooks_(hooks),
           blocks_(SecureReader::BlockCount(params.span)),
           sectors_(static_cast<size_t>(params.span.endLba - params.span.firstLba)) {}
@@ -69,12 +70,8 @@ class SecureTrackRun {
     SecureTrackResult Run();
 
   private:
-    // Reads every block; with streaming, each goes to the output too, and the sectors settled
-    // by vote replace what this read gave. With expected_ set, a sector read otherwise is read
-    // again until it comes right.
-    bool ReadPass(Pass& pass, bool streaming);
-    void Correct(size_t index, SecureReader::Block& block);
-    bool OpenOutput();
+    // Reads every block; with writing, each goes to the file too and its checksums are summed.
+    bool ReadPass(Pass& pass, bool writing);
     // Votes on every sector the passes disagree on (or the drive marked) until each is settled;
     // false when one cannot be.
     bool Settle(const Pass& first, const Pass& second);
@@ -84,15 +81,22 @@ class SecureTrackRun {
         hooks_.Yield();
     }
     SecureTrackResult Ended(SecureTrackResult::End end) {
-        if (result_.output && end != SecureTrackResult::End::Done)
-            result_.output->Cancel();
+        const bool closed = file_.Close();
+        if (end == SecureTrackResult::End::Done && !closed)
+            end = SecureTrackResult::End::FileFailed;
+        if (end == SecureTrackResult::End::FileFailed)
+            result_.fileError = file_.Error();
+        else if (end != SecureTrackResult::End::Done)
+            file_.Remove();
         result_.end = end;
         return std::move(result_);
     }
     SecureTrackResult::End Failure() const {
         using End = SecureTrackResult::End;
-        return stopped_ ? End::Stopped : outputFailed_ ? End::OutputFailed : End::ReadFailed;
+        return stopped_ ? End::Stopped : fileFailed_ ? End::FileFailed : End::ReadFailed;
     }
+    // Puts the settled sectors into the file and sums the checksums again from it.
+    bool Mend();
     void Judge() {
         if (params_.record != nullptr)
             result_.verdict =
@@ -101,30 +105,17 @@ class SecureTrackRun {
 
     SecureReader& reader_;
     const SecureTrackParams& params_;
-    const SecureOutput& output_;
+    WavFile file_;
     const JobHooks& hooks_;
     size_t blocks_;
     size_t sectors_;
     std::map<size_t, std::vector<uint8_t>> settled_;  // sector -> the content the vote chose
-    std::vector<uint32_t> expected_;                  // each sector's agreed CRC, for the copy
     SecureTrackResult result_;
     bool stopped_ = false;
-    bool outputFailed_ = false;
+    bool fileFailed_ = false;
 };
 
-bool SecureTrackRun::OpenOutput() {
-    if (result_.output)
-        result_.output->Cancel();
-    result_.output = output_.open();
-    const auto header = StandardWavHeader(params_.span.AudioBytes());
-    if (!result_.output || !header || !output_.push(*result_.output, *header)) {
-        outputFailed_ = true;
-        return false;
-    }
-    return true;
-}
-
-bool SecureTrackRun::ReadPass(Pass& pass, bool streaming) {
+bool SecureTrackRun::ReadPass(Pass& pass, bool writing) {
     AccurateRipChecksum sums(static_cast<uint32_t>(params_.span.Samples()), params_.firstAudio,
                              params_.lastAudio);
     pass.sectorCrcs.assign(sectors_, 0);
@@ -134,59 +125,60 @@ bool SecureTrackRun::ReadPass(Pass& pass, bool streaming) {
             stopped_ = true;
             return false;
         }
-        SecureReader::Block block = reader_.Read(params_.span, index);
+        const SecureReader::Block block = reader_.Read(params_.span, index);
         if (!block.read)
             return false;
-        if (!expected_.empty())
-            Correct(index, block);
         for (size_t s = 0; s < block.c2.size(); ++s) {
             const size_t sector = index * kBlockSectors + s;
             pass.sectorCrcs[sector] = Crc32::Of(SectorOf(block.audio, s));
             pass.c2[sector] = block.c2[s];
         }
         pass.crc.Update(block.audio);
-        if (streaming) {
+        if (writing) {
             sums.Update(block.audio);
-            if (!output_.push(*result_.output, block.audio)) {
-                stopped_ = hooks_.Aborted();
-                outputFailed_ = !stopped_;
+            if (!file_.Append(block.audio)) {
+                fileFailed_ = true;
                 return false;
             }
         }
         Progress(index + 1);
     }
     result_.passCrcs.push_back(pass.crc.Value());
-    if (streaming) {
+    if (writing) {
         result_.v1 = sums.V1();
         result_.v2 = sums.V2();
     }
     return true;
 }
 
-void SecureTrackRun::Correct(size_t index, SecureReader::Block& block) {
-    const auto put = [&block](size_t s, std::span<const uint8_t> bytes) {
-        std::copy(bytes.begin(), bytes.end(),
-                  block.audio.begin() + static_cast<std::ptrdiff_t>(s * kSectorBytes));
-    };
-    std::vector<size_t> wrong;
-    for (size_t s = 0; s < block.c2.size(); ++s) {
-        const size_t sector = index * kBlockSectors + s;
-        if (const auto it = settled_.find(sector); it != settled_.end())
-            put(s, it->second);
-        else if (Crc32::Of(SectorOf(block.audio, s)) != expected_[sector])
-            wrong.push_back(s);
+bool SecureTrackRun::Mend() {
+    for (const auto& [sector, content] : settled_) {
+        if (!file_.WriteAt(static_cast<int64_t>(kWavHeaderSize + sector * kSectorBytes), content)) {
+            fileFailed_ = true;
+            return false;
+        }
     }
-    for (int extra = 0; extra < kMaxExtraReads && !wrong.empty(); ++extra) {
-        const SecureReader::Block again = reader_.ReRead(params_.span, index);
-        result_.rereadSectors += static_cast<int>(again.c2.size());
-        std::erase_if(wrong, [&](size_t s) {
-            const bool right = again.read && Crc32::Of(SectorOf(again.audio, s)) ==
-                                                 expected_[index * kBlockSectors + s];
-            if (right)
-                put(s, SectorOf(again.audio, s));
-            return right;
-        });
+    // The file's audio as it is now, for its CRC and the AccurateRip checksums.
+    AccurateRipChecksum sums(static_cast<uint32_t>(params_.span.Samples()), params_.firstAudio,
+                             params_.lastAudio);
+    Crc32 crc;
+    std::vector<uint8_t> buffer(kBlockSectors * kSectorBytes);
+    for (int64_t at = 0; at < params_.span.AudioBytes();) {
+        const auto want = static_cast<size_t>(
+            std::min<int64_t>(static_cast<int64_t>(buffer.size()), params_.span.AudioBytes() - at));
+        const std::span<uint8_t> piece(buffer.data(), want);
+        if (!file_.ReadAt(static_cast<int64_t>(kWavHeaderSize) + at, piece)) {
+            fileFailed_ = true;
+            return false;
+        }
+        crc.Update(piece);
+        sums.Update(piece);
+        at += static_cast<int64_t>(want);
     }
+    result_.passCrcs.push_back(crc.Value());
+    result_.v1 = sums.V1();
+    result_.v2 = sums.V2();
+    return true;
 }
 
 bool SecureTrackRun::SettleBlock(size_t block, std::map<size_t, Ballot>& ballots) {
@@ -233,8 +225,6 @@ bool SecureTrackRun::Settle(const Pass& first, const Pass& second) {
             const uint32_t winner = *ballot.Winner();
             if (winner != first.sectorCrcs[sector])
                 settled_[sector] = std::move(ballot.contents[winner]);
-            expected_.resize(sectors_);
-            expected_[sector] = winner;
         }
     }
     return true;
@@ -242,15 +232,15 @@ bool SecureTrackRun::Settle(const Pass& first, const Pass& second) {
 
 SecureTrackResult SecureTrackRun::Run() {
     using End = SecureTrackResult::End;
+    const auto header = StandardWavHeader(params_.span.AudioBytes());
+    if (!file_.IsOpen() || !header || !file_.Append(*header))
+        return Ended(End::FileFailed);
     Pass first;
-    if (!OpenOutput())
-        return Ended(End::OutputFailed);
     if (!ReadPass(first, true))
         return Ended(Failure());
     Judge();
     if (result_.verdict.Matches()) {
         result_.proof = RipProof::AccurateRip;
-        result_.output->Finish();
         return Ended(End::Done);
     }
 
@@ -258,45 +248,23 @@ SecureTrackResult SecureTrackRun::Run() {
     hooks_.Progress(0);
     if (!ReadPass(second, false))
         return Ended(Failure());
-    if (!Settle(first, second)) {
-        if (hooks_.Aborted())
-            return Ended(End::Stopped);
-        result_.output->Finish();  // kept, the problem named in the log
-        return Ended(End::Done);
-    }
+    if (!Settle(first, second))
+        return Ended(hooks_.Aborted() ? End::Stopped : End::Done);  // kept, the problem logged
     result_.proof = RipProof::TestAndCopy;
-    if (settled_.empty()) {  // the first pass was right throughout
-        result_.output->Finish();
-        return Ended(End::Done);
+    // Where the first pass was wrong, the file takes what the majority read.
+    if (!settled_.empty()) {
+        if (!Mend())
+            return Ended(End::FileFailed);
+        Judge();
     }
-    // The first pass was wrong somewhere: the output again, the settled sectors put in and
-    // every other sector checked against what both passes read.
-    for (size_t sector = 0; sector < sectors_; ++sector)
-        if (!settled_.contains(sector) && first.sectorCrcs[sector] == second.sectorCrcs[sector])
-            expected_[sector] = first.sectorCrcs[sector];
-    Pass copy;
-    hooks_.Progress(0);
-    if (!OpenOutput() || !ReadPass(copy, true))
-        return Ended(Failure());
-    for (size_t sector = 0; sector < sectors_; ++sector) {
-        if (copy.sectorCrcs[sector] != expected_[sector]) {
-            result_.proof = RipProof::None;
-            result_.problem = "Sektor " +
-                              std::to_string(params_.span.firstLba + static_cast<int32_t>(sector)) +
-                              " ließ sich nicht wieder so lesen, wie abgestimmt.";
-            break;
-        }
-    }
-    Judge();
-    result_.output->Finish();
     return Ended(End::Done);
 }
 
 }  // namespace
 
 SecureTrackResult RipSecureTrack(SecureReader& reader, const SecureTrackParams& params,
-                                 const SecureOutput& output, const JobHooks& hooks) {
-    return SecureTrackRun(reader, params, output, hooks).Run();
+                                 const std::string& wavPath, const JobHooks& hooks) {
+    return SecureTrackRun(reader, params, wavPath, hooks).Run();
 }
 
 }  // namespace plattmix::audiocd

@@ -35,6 +35,37 @@ bool WavFile::Append(std::span<const uint8_t> bytes) {
     return true;
 }
 
+bool WavFile::WriteAt(int64_t offset, std::span<const uint8_t> bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written = ::pwrite(fd_, bytes.data(), bytes.size(), offset);
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written <= 0) {
+            Failed(written < 0 ? errno : ENOSPC);
+            return false;
+        }
+        bytes = bytes.subspan(static_cast<size_t>(written));
+        offset += written;
+    }
+    return true;
+}
+
+bool WavFile::ReadAt(int64_t offset, std::span<uint8_t> bytes) {
+    while (!bytes.empty()) {
+        const ssize_t got = ::pread(fd_, bytes.data(), bytes.size(), offset);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got <= 0) {
+            error_ = "Die Datei " + path_ +
+                     " kann nicht gelesen werden: " + SystemError(got < 0 ? errno : EIO);
+            return false;
+        }
+        bytes = bytes.subspan(static_cast<size_t>(got));
+        offset += got;
+    }
+    return true;
+}
+
 bool WavFile::Close() {
     if (fd_ < 0)
         return error_.empty();

@@ -22,6 +22,10 @@ class WavFile {
 
     // Appends at the current position (the start, right after opening).
     bool Append(std::span<const uint8_t> bytes);
+    // Overwrites bytes at offset, leaving the current position as it is.
+    bool WriteAt(int64_t offset, std::span<const uint8_t> bytes);
+    // Fills bytes from offset; false when the file is shorter or cannot be read.
+    bool ReadAt(int64_t offset, std::span<uint8_t> bytes);
     bool Close();
     // Closes the file and removes it.
     void Remove();

@@ -2,8 +2,10 @@
 // often, the files against the disc's true audio, the rows' verdicts and the log.
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <iterator>
 #include <string>
 #include <vector>
@@ -115,8 +117,10 @@ Bytes TrueWav(const discgen::DiscDescription& truth, int position) {
                              static_cast<uint32_t>(bounds->Sectors()), audio, 0xF8),
               scsi::kStatusGood);
     const auto header = audiocd::StandardWavHeader(static_cast<int64_t>(audio.size()));
-    Bytes wav(header->begin(), header->end());
-    wav.insert(wav.end(), audio.begin(), audio.end());
+    Bytes wav(header->size() + audio.size());
+    std::copy(header->begin(), header->end(), wav.begin());
+    std::copy(audio.begin(), audio.end(),
+              wav.begin() + static_cast<std::ptrdiff_t>(header->size()));
     return wav;
 }
 

@@ -19,8 +19,11 @@
 #include "RipEncoder.h"
 #include "RipJob.h"
 #include "RipTrack.h"
+#include "SecureRipJob.h"
+#include "WavHeader.h"
 #include "common/ScratchFolder.h"
 #include "imagedrive/clsImageDrive.h"
+#include "modMMC.h"
 
 using namespace plattmix;
 namespace fs = std::filesystem;
@@ -208,4 +211,39 @@ TEST(RipStreamJob, StopAfterATrackWasReadLetsItsEncoderFinish) {
     EXPECT_EQ(rig.Files(), written);
     for (size_t i = 0; i < written.size(); ++i)
         EXPECT_TRUE(rig.Written(written[i]) == rig.Reference(static_cast<int>(i) + 1));
+}
+
+// The secure mode encodes a track only once it is read and proven, from a hidden WAV file beside
+// its own that is gone afterwards; the file is that of the whole track, every sector.
+TEST(SecureRipEncode, EncodesTheProvenTrackAndLeavesNoSpool) {
+    StreamRig rig;
+    rig.Load(discgen::AudioThreeTracks(), kMp2, "secure");
+    audiocd::SecureRipParams params;
+    params.rip = rig.params;
+    params.extension = ".mp2";
+    std::vector<RowEvent> rows;
+    const auto result = audiocd::RunSecureRipJob(
+        rig.drive, params, {},
+        [&rows](size_t row, const std::string& text) { rows.emplace_back(row, text); },
+        encode::MakeRipEncoder(params.rip, std::nullopt));
+    EXPECT_TRUE(result.allProven);  // no record asked for: two passes that agree
+    EXPECT_EQ(rows.back(), (RowEvent{2, "Track03.mp2 -->Fertig (AccurateRip: unbekannt)"}));
+    EXPECT_EQ(rig.Files(), (std::vector<std::string>{"Rip.cue", "Rip.log", "Track01.mp2",
+                                                     "Track02.mp2", "Track03.mp2"}));
+
+    // Track 2 as a plain drive reads all its sectors, behind the standard header, converted.
+    std::vector<uint8_t> audio(3 * 75 * 2352);
+    std::string handle = rig.params.handle;
+    ASSERT_EQ(modMMC::ReadCD(rig.drive, handle, 4 * 75, 3 * 75, audio, 0xF8), 0);
+    const auto header = audiocd::StandardWavHeader(static_cast<int64_t>(audio.size()));
+    std::vector<uint8_t> image(header->size() + audio.size());
+    std::copy(header->begin(), header->end(), image.begin());
+    std::copy(audio.begin(), audio.end(),
+              image.begin() + static_cast<std::ptrdiff_t>(header->size()));
+    encode::AudioTags tags;
+    tags.track = 2;
+    tags.trackCount = 3;
+    const fs::path base = rig.folder / "Whole2";
+    ASSERT_TRUE(encode::ConvertAudioStream(image, "audio/wav", base.string(), kMp2, tags, {}));
+    EXPECT_TRUE(rig.Written("Track02.mp2") == Bytes(base.string() + ".mp2"));
 }
