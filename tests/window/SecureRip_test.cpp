@@ -18,7 +18,9 @@ using namespace plattmix::window;
 using namespace plattmix::window::test;
 namespace fs = std::filesystem;
 
-TEST_F(WindowTest, SecureRipShowsTheVerdictAndTheBoxIsKept) {
+using SecurePerson = WindowTest;
+
+TEST_F(SecurePerson, RowsShowTheVerdictAndTheBoxIsKept) {
     const auto disc = discgen::WriteDisc(discgen::AudioThreeTracks(), root / "disc");
     ASSERT_TRUE(disc.ok()) << disc.error;
     const auto response = discgen::AccurateRipResponseOf(*disc.value, 7);
