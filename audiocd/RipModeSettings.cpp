@@ -1,7 +1,6 @@
 #include "RipModeSettings.h"
 
 #include <charconv>
-#include <optional>
 
 #include "AccurateRipFetch.h"
 #include "DriveList.h"
@@ -9,9 +8,7 @@
 
 namespace plattmix::audiocd {
 
-namespace {
-
-std::optional<int> NumberOf(std::string_view text) {
+std::optional<int> ParseSignedNumber(std::string_view text) {
     text = shell::profile::TrimBlanks(text);
     if (text.starts_with('+'))
         text.remove_prefix(1);
@@ -22,10 +19,8 @@ std::optional<int> NumberOf(std::string_view text) {
     return value;
 }
 
-}  // namespace
-
 bool SecureModeSetting(const shell::SettingsPaths& paths) {
-    return NumberOf(shell::ReadIni(paths, kSecureSection, kSecureKey)).value_or(0) != 0;
+    return ParseSignedNumber(shell::ReadIni(paths, kSecureSection, kSecureKey)).value_or(0) != 0;
 }
 
 std::string AccurateRipServerSetting(const shell::SettingsPaths& paths) {
@@ -37,7 +32,7 @@ std::string AccurateRipServerSetting(const shell::SettingsPaths& paths) {
 int DriveOffsetSetting(const shell::SettingsPaths& paths, const std::string& driveId) {
     if (driveId.empty())
         return 0;
-    return NumberOf(shell::ReadIni(paths, kOffsetSection, driveId)).value_or(0);
+    return ParseSignedNumber(shell::ReadIni(paths, kOffsetSection, driveId)).value_or(0);
 }
 
 SecureRipParams SecureRipParamsFor(scsi::ISCSI& transport, const RipJobParams& rip,

@@ -3,7 +3,9 @@
 // identification. The window and the command line read them alike.
 #pragma once
 
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "ISCSI.h"
 #include "RipJob.h"
@@ -23,8 +25,11 @@ bool SecureModeSetting(const shell::SettingsPaths& paths);
 // The server the settings name, kAccurateRipServer when they name none.
 std::string AccurateRipServerSetting(const shell::SettingsPaths& paths);
 
-// The read offset in samples kept for the drive ("+667", "-6" or "30"); 0 when none is kept or
-// the value is no number.
+// A whole number as the settings and the command line give it ("+667", "-6", "30", blanks
+// around it allowed); nothing for other text.
+std::optional<int> ParseSignedNumber(std::string_view text);
+
+// The read offset kept for the drive; 0 when none is kept or the value is no offset.
 int DriveOffsetSetting(const shell::SettingsPaths& paths, const std::string& driveId);
 
 // The secure job's parameters around rip: the drive's identification and its offset, the

@@ -80,7 +80,7 @@ std::optional<std::string> ReadOptions(const CliArgs& args, RipSettings& setting
     settings.tracks = Option(args, "--tracks");
     settings.secure = args.options.contains("--secure");
     if (const auto offset = Option(args, "--offset")) {
-        settings.offset = Number(offset->starts_with('+') ? offset->substr(1) : *offset);
+        settings.offset = audiocd::ParseSignedNumber(*offset);
         if (!settings.offset)
             return "--offset: Leseversatz in Samples, z. B. 667 oder -6";
         if (!settings.secure)
