@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "ProfileFile.h"
 #include "modMMC.h"
 
 namespace plattmix::audiocd {
@@ -16,6 +17,14 @@ std::string DriveNameOf(scsi::ISCSI& transport, const std::string& handle) {
 
 std::string DriveEntryText(const std::string& driveChar, std::span<const uint8_t> inquiry) {
     return DriveEntryName(driveChar) + ":  " + modMMC::InquiryIdentText(inquiry);
+}
+
+std::string DriveIdentification(scsi::ISCSI& transport, std::string handle) {
+    std::array<uint8_t, modMMC::kInquiryLength> reply{};
+    if (modMMC::Inquiry(transport, handle, reply) != 0)
+        return {};
+    const std::string text = modMMC::InquiryIdentText(reply);
+    return std::string(shell::profile::TrimBlanks(text));
 }
 
 void AddDriveEntry(scsi::ISCSI& transport, int16_t index, std::vector<DriveEntry>& entries,

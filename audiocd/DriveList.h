@@ -31,6 +31,10 @@ std::string DriveNameOf(scsi::ISCSI& transport, const std::string& handle);
 // pads them, NULs removed.
 std::string DriveEntryText(const std::string& driveChar, std::span<const uint8_t> inquiry);
 
+// The drive's 28 identification characters (vendor, product, revision) without the blanks at
+// either end, as the settings key a drive's values; empty when the drive does not answer.
+std::string DriveIdentification(scsi::ISCSI& transport, std::string handle);
+
 // Identifies one drive; warns "INQUIRY für Laufwerk N gescheitert." and adds nothing when the
 // drive does not answer.
 void AddDriveEntry(scsi::ISCSI& transport, int16_t index, std::vector<DriveEntry>& entries,

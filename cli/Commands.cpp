@@ -15,11 +15,12 @@
 namespace plattmix::cli {
 
 ParseResult ParseCommandLine(const std::vector<std::string>& words) {
-    return ParseCliArgs(words,
-                        {"--drive", "--tracks", "--format", "--out", "--prefix", "--number",
-                         "--volume", "--image", "--list", "--track", "--seconds", "--release"},
-                        {"--demo", "--number-first", "--multisession", "--close", "--eject",
-                         "--verify", "--yes", "--musicbrainz"});
+    return ParseCliArgs(
+        words,
+        {"--drive", "--tracks", "--format", "--out", "--prefix", "--number", "--volume", "--image",
+         "--list", "--track", "--seconds", "--release", "--offset"},
+        {"--demo", "--number-first", "--multisession", "--close", "--eject", "--verify", "--yes",
+         "--musicbrainz", "--secure"});
 }
 
 void PrintUsage(std::ostream& out) {
@@ -31,7 +32,7 @@ void PrintUsage(std::ostream& out) {
            "                              Trackliste der Disk anzeigen\n"
            "  rip [--drive LAUFWERK] --out ORDNER [--tracks 1,3-5] [--format wav]\n"
            "      [--prefix NAME] [--number running|track] [--number-first]\n"
-           "      [--musicbrainz [--release N]]\n"
+           "      [--musicbrainz [--release N]] [--secure [--offset N]]\n"
            "                              Tracks rippen (Positionen wie in der Trackliste)\n"
            "  image list | add PFAD | add --demo | remove PFAD\n"
            "                              Disk-Images, die das Fenster ohne Laufwerk anbietet\n"
@@ -55,6 +56,9 @@ void PrintUsage(std::ostream& out) {
            "LAUFWERK ist ein Laufwerk (/dev/sr0) oder ein Disk-Image (.cue, .iso).\n"
            "--musicbrainz sucht die Titel online (MusicBrainz), sonst gilt der CD-Text;\n"
            "--release N nimmt die N-te gefundene Veröffentlichung.\n"
+           "--secure rippt sicher: jeder Track wird mit AccurateRip geprüft oder zweimal\n"
+           "gelesen, Rip.log und Rip.cue kommen in den Zielordner; --offset N ist der\n"
+           "Leseversatz des Laufwerks in Samples (sonst der aus Diskolo.ini).\n"
            "Ohne --drive: die optischen Laufwerke des Rechners, sonst die eingebaute Demo-Disk.\n";
 }
 

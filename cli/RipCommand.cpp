@@ -10,15 +10,19 @@
 #include <set>
 
 #include "Commands.h"
+#include "CurlHttpGet.h"
 #include "DriveChoice.h"
 #include "OutputFormats.h"
 #include "ProgressBar.h"
 #include "RipEncoder.h"
 #include "RipJob.h"
+#include "RipModeSettings.h"
 #include "RipTrack.h"
+#include "SecureRipJob.h"
 #include "TitleOptions.h"
 #include "TrackList.h"
 #include "modPaths.h"
+#include "modSettings.h"
 
 namespace plattmix::cli {
 
@@ -49,6 +53,8 @@ struct RipSettings {
     audiocd::RipJobParams params;
     std::optional<std::string> tracks;
     TitleOptions titles;
+    bool secure = false;        // --secure
+    std::optional<int> offset;  // --offset N, over the settings' value
 };
 
 // The options into the job's parameters; the usage error's text when they don't fit.
@@ -72,7 +78,33 @@ std::optional<std::string> ReadOptions(const CliArgs& args, RipSettings& setting
     p.runningNumber = numbering == "running";
     p.numberFirst = args.options.contains("--number-first");
     settings.tracks = Option(args, "--tracks");
+    settings.secure = args.options.contains("--secure");
+    if (const auto offset = Option(args, "--offset")) {
+        settings.offset = audiocd::ParseSignedNumber(*offset);
+        if (!settings.offset)
+            return "--offset: Leseversatz in Samples, z. B. 667 oder -6";
+        if (!settings.secure)
+            return "--offset gilt nur mit --secure.";
+    }
     return ReadTitleOptions(args, settings.titles);
+}
+
+// The secure job over the same rows and encoder: the drive's offset and the server from the
+// settings (--offset wins), the AccurateRip status once when there is no record. Done only when
+// every track is proven and the log is written.
+int RunSecureRip(scsi::ISCSI& transport, const RipSettings& settings,
+                 const audiocd::JobHooks& hooks, const audiocd::RowTextFn& rowText,
+                 const audiocd::EncodeFn& encoder, std::ostream& out) {
+    auto params =
+        audiocd::SecureRipParamsFor(transport, settings.params, shell::ComputeSettingsPaths());
+    if (settings.offset)
+        params.offset = *settings.offset;
+    params.httpGet = audiocd::CurlHttpGet;
+    params.extension = std::string(encode::FormatAt(settings.params.formatIndex).extension);
+    const auto result = audiocd::RunSecureRipJob(transport, params, hooks, rowText, encoder);
+    if (!result.accurateRipStatus.empty())
+        out << result.accurateRipStatus << '\n';
+    return result.allProven && result.logError.empty() ? kExitDone : kExitFailed;
 }
 
 }  // namespace
@@ -197,9 +229,15 @@ int RunRipCommand(const CliArgs& args, std::ostream& out, std::ostream& err, boo
 
     interrupted = false;
     const auto previous = std::signal(SIGINT, OnInterrupt);
-    const audiocd::RipJobResult result = audiocd::RunRipJob(transport, p, hooks, rowText, encoder);
+    int code = kExitDone;
+    if (settings.secure) {
+        code = RunSecureRip(transport, settings, hooks, rowText, encoder, out);
+    } else {
+        const auto result = audiocd::RunRipJob(transport, p, hooks, rowText, encoder);
+        code = result.aborted || failed ? kExitFailed : kExitDone;
+    }
     std::signal(SIGINT, previous);
-    return result.aborted || failed ? kExitFailed : kExitDone;
+    return code;
 }
 
 }  // namespace plattmix::cli

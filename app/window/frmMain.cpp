@@ -183,6 +183,7 @@ void frmMain::LoadSettings() {
     Text1->setText(Q(shell::ReadIni(paths_, "Diskolo", "Text1")));
     Check6->setChecked(Q(shell::ReadIni(paths_, "Diskolo", kVerifyKey)).trimmed().toInt() != 0);
     LoadTitleSettings();
+    LoadSecureSettings();
 }
 
 void frmMain::LoadLanguage() {
@@ -351,6 +352,7 @@ void frmMain::Form_Unload() {
     if (Check6->isChecked() || !shell::ReadIni(paths_, "Diskolo", kVerifyKey).empty())
         shell::WriteIni(paths_, "Diskolo", kVerifyKey, Check6->isChecked() ? "1" : "0");
     SaveTitleSettings();
+    SaveSecureSettings();
     StopPlayer();
     if (cdAudio_)
         SendCommand("close " + std::string(kPlayerAlias));

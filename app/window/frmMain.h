@@ -19,6 +19,7 @@
 #include "IAudioSink.h"
 #include "ISCSI.h"
 #include "IVirtualDriveService.h"
+#include "RipJob.h"
 #include "TitleLookup.h"
 #include "TransportSelection.h"
 #include "modLanguage.h"
@@ -133,6 +134,8 @@ class frmMain final : public QMainWindow {
     QCheckBox* Check6 = nullptr;  // read the disc back after a burn ("Pruefen")
     // "Titel online suchen (MusicBrainz)" on the ripping page.
     QCheckBox* CheckMusicBrainz = nullptr;
+    // "Sicher rippen (AccurateRip)" on the ripping page.
+    QCheckBox* CheckSecure = nullptr;
     QAction* mnuSave = nullptr;
     QProgressBar* ProgressBar1 = nullptr;
     QFrame* Picture1 = nullptr;
@@ -282,6 +285,13 @@ class frmMain final : public QMainWindow {
     void LookUpTitles(const std::string& handle, const audiocd::TrackList& list);
     void ShowTitles();
     std::optional<audiocd::DiscTitles> TitlesForRip(const std::string& handle);
+
+    // The secure mode's box, its setting and its job (frmMainSecure.cpp).
+    void CreateSecureControls();
+    void LoadSecureSettings();
+    void SaveSecureSettings();
+    void RunSecureRip(const audiocd::RipJobParams& rip, const audiocd::JobHooks& hooks,
+                      const audiocd::RowTextFn& rowText, const audiocd::EncodeFn& encoder);
 
     shell::SettingsPaths paths_;
     WindowOptions options_;

@@ -129,6 +129,7 @@ void frmMain::CreateRipControls() {
     Label2[0] = new QLabel(QStringLiteral("Dateiname:"), c);
     Label2[1] = new QLabel(QStringLiteral("+ .mp3"), c);
     CreateTitleControls();
+    CreateSecureControls();
 }
 
 void frmMain::CreateIsoControls() {
@@ -243,6 +244,7 @@ QWidget* frmMain::TargetBox() {
     options->addWidget(Frame1);
     options->addWidget(Check2);
     options->addWidget(CheckMusicBrainz);
+    options->addWidget(CheckSecure);
     options->addStretch();
     grid->addLayout(options, 3, 0, 1, 6);
     auto* iso = Row();

@@ -86,14 +86,14 @@ void frmMain::ShowPage(int page) {
             break;
     }
     if (page != kPageRip)
-        CheckMusicBrainz->hide();
+        SetShown({CheckMusicBrainz, CheckSecure}, false);
 }
 
 void frmMain::ShowRipPage() {
     const bool audio = !IsDataCD;
     SetShown({cboDrv, Command1, Command4, Text1, Check2, ComboBox2, Label1, Label4}, true);
     SetShown({Command5[0], Command6, ComboBox3, Frame1}, audio);
-    SetShown({CheckMusicBrainz}, audio);
+    SetShown({CheckMusicBrainz, CheckSecure}, audio);
     SetShown({OptFormat, Text3, Label2[2]}, !audio);
     SetShown({Text2, Command7, Frame2, Command15[0], Command15[1], Check3, Check4, Check5, Check6},
              false);
@@ -291,7 +291,10 @@ void frmMain::RipAudioTracks(const std::string& prefix, const std::string& targe
     audiocd::EncodeFn encoder;
     if (params.formatIndex != audiocd::kWavFormatIndex)
         encoder = encode::MakeRipEncoder(params, TitlesForRip(params.handle));
-    audiocd::RunRipJob(*transport_, params, hooks, rowText, encoder);
+    if (CheckSecure->isChecked())
+        RunSecureRip(params, hooks, rowText, encoder);
+    else
+        audiocd::RunRipJob(*transport_, params, hooks, rowText, encoder);
 }
 
 void frmMain::EndStep() {

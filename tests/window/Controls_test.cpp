@@ -97,6 +97,7 @@ TEST_F(LoadedWindow, EachPageShowsItsOwnControls) {
         {window->OptNameBurn[1], "??+"}, {window->Command11, "??+"},
         {window->Command14, "??+"},      {window->Label2[0], "??."},
         {window->Command13, "??."},      {window->CheckMusicBrainz, "+.."},
+        {window->CheckSecure, "+.."},
     };
     const char* const extensions[] = {"+ .mp3", "+ .iso", nullptr};
     const char* const placeholders[] = {"Bitte Zielpfad auswählen --->",

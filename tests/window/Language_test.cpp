@@ -174,6 +174,7 @@ TEST_F(Translated, EnglishFileOfTheProgramTranslatesTheTabs) {
     EXPECT_EQ(window->TabStrip1->tabText(0), QStringLiteral("Rip CD/DVD      "));
     EXPECT_EQ(window->TabStrip1->tabText(1), QStringLiteral("    Create ISO image  "));
     EXPECT_EQ(window->TabStrip1->tabText(2), QStringLiteral("    Burn CD  "));
+    EXPECT_EQ(window->CheckSecure->text(), QStringLiteral("Secure ripping (AccurateRip)"));
 }
 
 TEST_F(Translated, MissingLanguageFileGivesTheGermanInterface) {
