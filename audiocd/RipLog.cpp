@@ -1,6 +1,7 @@
 #include "RipLog.h"
 
 #include <algorithm>
+#include <string_view>
 
 #include "FolderFile.h"
 #include "RipJob.h"
@@ -86,7 +87,11 @@ std::string FormatRipLog(const RipLog& log) {
         text += Line("AccurateRip-Kennung", log.accurateRipId, false);
     }
     if (!log.accurateRipStatus.empty()) {
-        text += Line("AccurateRip-Eintrag", log.accurateRipStatus, false);
+        // The reason may name AccurateRip itself; the label does that already.
+        std::string_view status = log.accurateRipStatus;
+        if (status.starts_with("AccurateRip: "))
+            status.remove_prefix(std::string_view("AccurateRip: ").size());
+        text += Line("AccurateRip-Eintrag", std::string(status), false);
     }
     text += "\n";
     for (const RipLogTrack& track : log.tracks) {

@@ -1,5 +1,8 @@
 #include "RipEncoder.h"
 
+#include <sys/resource.h>
+#include <unistd.h>
+
 #include <atomic>
 #include <future>
 #include <memory>
@@ -18,6 +21,8 @@ using audiocd::RipJobParams;
 using audiocd::TrackEncode;
 
 namespace {
+
+constexpr int kEncoderNice = 5;
 
 AudioTags TagsFor(const RipJobParams& params, const std::optional<DiscTitles>& titles, size_t row) {
     AudioTags tags;
@@ -45,6 +50,9 @@ class StreamingTrack final : public TrackEncode {
                    const AudioTags& tags)
         : doneText_(std::move(doneText)) {
         std::packaged_task<bool()> job([this, basePath, formatIndex, tags] {
+            // Behind the drive and the window: the reading keeps its pace, the encoder catches
+            // up from its queue.
+            setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), kEncoderNice);
             return EncodeStream(queue_, basePath, formatIndex, tags, stop_);
         });
         result_ = job.get_future();
