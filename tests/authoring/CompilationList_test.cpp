@@ -154,5 +154,20 @@ TEST_F(CompilationListTest, ListsThatHoldNothingUsableGiveNoPaths) {
     EXPECT_EQ(ReadListFileLines(list.string()), (std::vector<std::string>{a.substr(1)}));
 }
 
+// Junk, a megabyte line and an odd half character read without harm; the paths among them
+// that exist are kept.
+TEST_F(CompilationListTest, DamagedListsKeepTheirUsablePaths) {
+    const std::string a = (root / "a").string();
+    MakeFile(a, 1);
+    std::string junk(256 * 1024, '\0');
+    for (size_t i = 0; i < junk.size(); ++i)
+        junk[i] = static_cast<char>((i * 7919 + i / 13) & 0xFF);
+    WriteBytes(list, junk);
+    EXPECT_TRUE(ReadListFile(list.string()).empty());
+    WriteBytes(list, "\xFF\xFE" + AsciiUtf16(std::string(1 << 20, 'x') + "\r\n" + a + "\r\n") +
+                         junk.substr(0, 1001));
+    EXPECT_EQ(ReadListFile(list.string()), std::vector<std::string>{a});
+}
+
 }  // namespace
 }  // namespace plattmix::authoring
