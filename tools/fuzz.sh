@@ -30,7 +30,7 @@ for name in "${names[@]}"; do
     mkdir -p "$build/corpus/$name"
     log="$build/logs/$name.log"
     result=ok
-    ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1 \
+    ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
         "$build/fuzz/fuzz_$name" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 \
         -print_final_stats=1 -artifact_prefix="$build/findings/$name-" \
         "$build/corpus/$name" "fuzz/corpus/$name" >"$log" 2>&1 || result="FINDING (see $log)"

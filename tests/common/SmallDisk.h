@@ -12,7 +12,8 @@
 namespace plattmix::test {
 
 // Runs work in a child process whose files cannot grow beyond maxFileBytes; true when the child
-// ran to its end and work answered true. The child shares nothing back but that answer.
+// ran to its end and work answered true. The child shares nothing back but that answer. A child
+// still at work after five minutes (work that hangs) is ended by its alarm: false.
 inline bool WithFileSizeLimit(rlim_t maxFileBytes, const std::function<bool()>& work) {
     const pid_t child = fork();
     if (child < 0)
@@ -21,6 +22,7 @@ inline bool WithFileSizeLimit(rlim_t maxFileBytes, const std::function<bool()>& 
         const rlimit limit{maxFileBytes, maxFileBytes};
         setrlimit(RLIMIT_FSIZE, &limit);
         std::signal(SIGXFSZ, SIG_IGN);
+        alarm(300);
         _exit(work() ? 0 : 1);
     }
     int status = 0;
