@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "ScanTree.h"
+#include "common/JunkBytes.h"
 #include "common/ScratchFolder.h"
 
 namespace plattmix::authoring {
@@ -159,9 +160,7 @@ TEST_F(CompilationListTest, ListsThatHoldNothingUsableGiveNoPaths) {
 TEST_F(CompilationListTest, DamagedListsKeepTheirUsablePaths) {
     const std::string a = (root / "a").string();
     MakeFile(a, 1);
-    std::string junk(256 * 1024, '\0');
-    for (size_t i = 0; i < junk.size(); ++i)
-        junk[i] = static_cast<char>((i * 7919 + i / 13) & 0xFF);
+    const std::string junk = test::JunkBytes(256 * 1024);
     WriteBytes(list, junk);
     EXPECT_TRUE(ReadListFile(list.string()).empty());
     WriteBytes(list, "\xFF\xFE" + AsciiUtf16(std::string(1 << 20, 'x') + "\r\n" + a + "\r\n") +

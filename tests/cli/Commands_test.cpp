@@ -11,6 +11,7 @@
 
 #include "DiscWriter.h"
 #include "Fixtures.h"
+#include "common/JunkBytes.h"
 #include "common/ScratchFolder.h"
 
 using namespace plattmix;
@@ -110,9 +111,7 @@ TEST(Cli, DamagedSettingsAreLeftAsTheyAre) {
     ::setenv("APPDATA", (folder / "appdata").c_str(), 1);
     const auto settings = folder / "appdata" / "Trovalis" / "Diskolo.ini";
     fs::create_directories(settings.parent_path());
-    std::string junk(64 * 1024, '\0');
-    for (size_t i = 0; i < junk.size(); ++i)
-        junk[i] = static_cast<char>((i * 7919 + i / 13) & 0xFF);
+    const std::string junk = test::JunkBytes(64 * 1024);
     const std::string damaged[] = {
         junk,
         "\xFF\xFE[\0A\0b\0b\0i\0l\0d\0e\0r\0\r\0\n\0/\0x\0"s + "\x41",  // odd length, no "]"

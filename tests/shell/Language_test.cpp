@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "ShellFiles.h"
+#include "common/JunkBytes.h"
 #include "common/ScratchFolder.h"
 #include "modLanguage.h"
 
@@ -59,9 +60,7 @@ TEST_F(LanguageTest, TranslationIsCutTo799Characters) {
 
 // A damaged file gives what can be read from it and the German text for the rest.
 TEST_F(LanguageTest, DamagedFilesGiveTheGermanTextWhereNothingCanBeRead) {
-    std::string junk(256 * 1024, '\0');
-    for (size_t i = 0; i < junk.size(); ++i)
-        junk[i] = static_cast<char>((i * 7919 + i / 13) & 0xFF);
+    const std::string junk = test::JunkBytes(256 * 1024);
     const std::string common = test::kUtf16Mark + Utf16Le(u"[Common]\r\nAlles=All\r\n");
     const struct {
         const char* what;
