@@ -28,7 +28,7 @@ ByteQueue::PushResult ByteQueue::Push(std::span<const uint8_t> bytes,
 
 size_t ByteQueue::Room() {
     const std::lock_guard lock(mutex_);
-    return ring_.size() - size_;
+    return closed_ ? ring_.size() : ring_.size() - size_;
 }
 
 bool ByteQueue::WaitForRoom(size_t bytes, std::chrono::milliseconds wait) {

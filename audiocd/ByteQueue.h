@@ -23,7 +23,8 @@ class ByteQueue {
     // at most wait; Full when the time ran out, Closed when the reader has gone.
     PushResult Push(std::span<const uint8_t> bytes, std::chrono::milliseconds wait);
 
-    // Bytes that fit now.
+    // Bytes that fit now; the whole capacity once the reader has gone, as a push then answers at
+    // once (Closed) and the writer must not wait for room that never comes.
     size_t Room();
     // True once bytes fit (or the reader has gone), waiting at most wait.
     bool WaitForRoom(size_t bytes, std::chrono::milliseconds wait);

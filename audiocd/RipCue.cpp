@@ -15,8 +15,12 @@ std::string Msf(int32_t sectors) {
     return modMSF::MSFToString(modMSF::LBAToMSF(sectors - modMSF::kPregapFrames));
 }
 
+// A text in quotes on one line: its own double quotes become single ones, control characters
+// (a line end in a disc's CD-Text would cut the line) blanks.
 std::string Quoted(std::string text) {
     std::replace(text.begin(), text.end(), '"', '\'');
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20; }, ' ');
     return "\"" + text + "\"";
 }
 

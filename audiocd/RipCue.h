@@ -29,7 +29,8 @@ struct RipCue {
 };
 
 // The sheet's text, UTF-8, "\n" line ends. The file type is MP3 for ".mp3", AIFF for ".aif" and
-// ".aiff", else WAVE; a double quote inside a text becomes a single one.
+// ".aiff", else WAVE; a double quote inside a text becomes a single one, a control character (a
+// line end, a tab) a blank.
 std::string FormatRipCue(const RipCue& cue);
 
 // Writes kRipCueName into folder. Empty when written, else the reason in German.

@@ -14,6 +14,9 @@ namespace {
 
 constexpr uint8_t kAdrPosition = 1;
 constexpr int kMaxTrackPoint = 99;
+// Far beyond the last sector of any disc; a table with an address outside ±this is damaged, and
+// sums of addresses within it never overflow.
+constexpr int32_t kLargestLba = 1 << 30;
 
 int32_t AddressLba(const std::array<uint8_t, 4>& address, bool msf) {
     if (msf)
@@ -96,13 +99,15 @@ std::optional<SessionToc> SessionTocFromToc(const modMMC::Toc& toc, bool msf) {
     SessionToc result;
     bool leadOut = false;
     for (const modMMC::TocDescriptor& d : toc.descriptors) {
+        const int32_t lba = AddressLba(d.address, msf);
+        if (lba <= -kLargestLba || lba >= kLargestLba)
+            return std::nullopt;
         if (d.track == modMMC::kLeadOutTrack) {
-            result.leadOutLba = AddressLba(d.address, msf);
+            result.leadOutLba = lba;
             leadOut = true;
             break;
         }
-        result.tracks.push_back(
-            TocTrack{d.track, 1, AddressLba(d.address, msf), IsDataTrack(d.adrControl) == 1});
+        result.tracks.push_back(TocTrack{d.track, 1, lba, IsDataTrack(d.adrControl) == 1});
     }
     if (result.tracks.empty() || !leadOut)
         return std::nullopt;

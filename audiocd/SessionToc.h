@@ -44,7 +44,7 @@ struct SessionToc {
 };
 
 // One session from a table of contents (addresses in MSF form when msf is true, else LBA).
-// Nothing when the table has no track or no lead-out.
+// Nothing when the table has no track or no lead-out, or an address beyond any disc (±2^30).
 std::optional<SessionToc> SessionTocFromToc(const modMMC::Toc& toc, bool msf);
 
 // Sessions from the full TOC: each track's session from its point, each session's lead-out

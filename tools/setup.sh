@@ -25,6 +25,8 @@ packages=(
     locales libc-l10n qt6-translations-l10n
     # tests and benchmarks
     libgtest-dev libgmock-dev libbenchmark-dev clang-format
+    # the parsers' fuzz targets: clang with libFuzzer and the sanitizers' run-time
+    clang libclang-rt-14-dev
     # the udisks2 tests' private message bus; udisks2 and udev are carried into the test bed's
     # guest, where a real udisksd attaches images
     dbus-daemon udisks2 udev

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Set-up, build and the whole test suite: the normal build (with the real-kernel drive test
-# bed), the AddressSanitizer + UndefinedBehaviorSanitizer build, and the optimised build with
-# the Debian package.
+# bed), the AddressSanitizer + UndefinedBehaviorSanitizer build, a short run of every fuzz
+# target, and the optimised build with the Debian package.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash tools/setup.sh
@@ -22,6 +22,9 @@ cmake -S . -B build/sanitize -G Ninja -DCMAKE_BUILD_TYPE=Debug -DPLATTMIX_SANITI
 cmake --build build/sanitize
 ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
     ctest --test-dir build/sanitize --output-on-failure -j "$jobs"
+
+# Every parser fuzzed briefly (the seeds and what a few seconds find); any finding fails.
+bash tools/fuzz.sh 10
 
 # The optimised build with the tests and benchmarks, as the README builds the benchmarks, its
 # tests (the drive test bed ran above), and the Debian package made from it.

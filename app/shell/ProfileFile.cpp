@@ -32,8 +32,8 @@ std::u16string DecodeUtf16(std::string_view bytes, bool bigEndian) {
     std::u16string text;
     text.reserve(bytes.size() / 2);
     for (size_t i = 0; i + 1 < bytes.size(); i += 2) {
-        const auto first = static_cast<unsigned char>(bytes[i]);
-        const auto second = static_cast<unsigned char>(bytes[i + 1]);
+        const auto first = static_cast<unsigned>(static_cast<unsigned char>(bytes[i]));
+        const auto second = static_cast<unsigned>(static_cast<unsigned char>(bytes[i + 1]));
         const unsigned unit = bigEndian ? (first << 8) | second : (second << 8) | first;
         text += static_cast<char16_t>(unit);
     }

@@ -2,7 +2,10 @@
 // the encoder hand-over and stopping on the user's request.
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -11,6 +14,7 @@
 #include "Fixtures.h"
 #include "RipJob.h"
 #include "common/ScratchFolder.h"
+#include "common/SmallDisk.h"
 #include "imagedrive/clsImageDrive.h"
 
 using namespace plattmix;
@@ -188,4 +192,68 @@ TEST(RunRipJob, AbortDuringTheThirdTrackStopsThere) {
     EXPECT_EQ(rig.events.back(), (RowEvent{2, "Abbruch"}));
     EXPECT_EQ(rig.LastText(3), "");
     EXPECT_EQ(rig.Files(), (std::vector<std::string>{"Track01.wav", "Track02.wav"}));
+}
+
+// Faults in the second track (LBAs 40 to 78, read as the block 40-66 and the remainder 67-78):
+// the medium taken out after its first block, a drive time-out in either part, the disk full
+// after the first block. The job ends, the first track is done, the second is never reported
+// done: a full block that fails leaves "Schreibe..." and tells why, a failed remainder fails the
+// row.
+TEST(RunRipJob, FaultsInTheMiddleOfATrackNeverReportItDone) {
+    using Warnings = std::vector<std::string>;
+    struct Case {
+        const char* what;
+        std::function<void(JobRig&, audiocd::JobHooks&)> inject;
+        const char* row;
+        Warnings warnings;
+    };
+    const Case cases[] = {
+        {"tray opened",
+         [](JobRig& rig, audiocd::JobHooks& hooks) {
+             hooks.progress = [&rig](int percent) {
+                 if (percent > 0 && rig.events.back() == RowEvent{1, "Schreibe..."})
+                     rig.drive.OpenTray(rig.params.handle);
+             };
+         },
+         "XXX Fehler!",
+         {}},
+        {"time-out in the block",
+         [](JobRig& rig, audiocd::JobHooks&) {
+             rig.drive.AddTimeOutRange(rig.params.handle, 50, 1);
+         },
+         "Schreibe...", Warnings{"Lesefehler in Range 40 - 67."}},
+        {"time-out in the remainder",
+         [](JobRig& rig, audiocd::JobHooks&) {
+             rig.drive.AddTimeOutRange(rig.params.handle, 70, 1);
+         },
+         "XXX Fehler!",
+         {}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        JobRig rig;
+        ASSERT_TRUE(LoadFiveTracks(rig, {1, 2}, c.what));
+        Warnings warnings;
+        audiocd::JobHooks hooks;
+        hooks.warn = [&warnings](const std::string& text) { warnings.push_back(text); };
+        c.inject(rig, hooks);
+        EXPECT_FALSE(audiocd::RunRipJob(rig.drive, rig.params, hooks, rig.RowText()).aborted);
+        EXPECT_EQ(rig.LastText(0), "Track01.wav -->Fertig");
+        EXPECT_EQ(rig.LastText(1), c.row);
+        EXPECT_EQ(warnings, c.warnings);
+    }
+
+    // A file may grow to the header and one block: the first track's second block cannot be
+    // written.
+    JobRig rig;
+    ASSERT_TRUE(LoadFiveTracks(rig, {1}, "full"));
+    std::vector<std::string> warnings;
+    audiocd::JobHooks hooks;
+    hooks.warn = [&warnings](const std::string& text) { warnings.push_back(text); };
+    EXPECT_TRUE(test::WithFileSizeLimit(44 + 27 * 2352, [&] {
+        audiocd::RunRipJob(rig.drive, rig.params, hooks, rig.RowText());
+        return rig.LastText(0) == "Schreibe..." && warnings.size() == 1 &&
+               warnings[0] == "Fehler beim Schreiben der Datei " + rig.params.targetFolder +
+                                  "Track01.wav: " + std::strerror(EFBIG);
+    }));
 }

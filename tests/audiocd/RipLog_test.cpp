@@ -100,7 +100,7 @@ TEST(RipCue, OneFilePerTrackWithPregapsAtTheEndOfThePreviousFile) {
     CdText text;
     text.albumTitle = "Platte \"Eins\"";
     text.albumPerformer = "Die Band";
-    text.titles = {{2, "Zwei"}, {3, "Drei"}};
+    text.titles = {{2, "Zwei"}, {3, "Drei\r\nVier"}};  // a line end stays on the line
     text.performers = {{2, "Gast"}};
     const RipCue cue{"0724384260927",
                      text,
@@ -124,7 +124,7 @@ TEST(RipCue, OneFilePerTrackWithPregapsAtTheEndOfThePreviousFile) {
               "    INDEX 01 00:00:00\n"
               "FILE \"Track03.mp3\" MP3\n"
               "  TRACK 03 AUDIO\n"
-              "    TITLE \"Drei\"\n"
+              "    TITLE \"Drei  Vier\"\n"
               "    INDEX 01 00:00:00\n"
               "FILE \"Track05.wav\" WAVE\n"
               "  TRACK 05 AUDIO\n"

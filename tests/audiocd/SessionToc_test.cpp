@@ -105,6 +105,9 @@ TEST(SessionToc, OneSessionWhenTheRepliesDoNotFit) {
     EXPECT_FALSE(audiocd::ExactBoundsOf(single, 0));
     EXPECT_FALSE(audiocd::ExactBoundsOf(single, 4));
     EXPECT_FALSE(audiocd::SessionTocFromToc(modMMC::Toc{}, false));
+    Bytes farLeadOut = kEnhancedToc;
+    farLeadOut[farLeadOut.size() - 4] = 0x80;  // the lead-out at LBA -2^31: no disc has it
+    EXPECT_FALSE(audiocd::SessionTocFromToc(*modMMC::ParseTOC(farLeadOut), false));
 }
 
 TEST(SessionToc, ExtractionLeavesTheLast150SectorsOfTheSessionOff) {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "ScanTree.h"
+#include "common/JunkBytes.h"
 #include "common/ScratchFolder.h"
 
 namespace plattmix::authoring {
@@ -152,6 +153,19 @@ TEST_F(CompilationListTest, ListsThatHoldNothingUsableGiveNoPaths) {
     // UTF-16 without a mark loses its first character to the mark.
     WriteBytes(list, AsciiUtf16(a + "\r\n"));
     EXPECT_EQ(ReadListFileLines(list.string()), (std::vector<std::string>{a.substr(1)}));
+}
+
+// Junk, a megabyte line and an odd half character read without harm; the paths among them
+// that exist are kept.
+TEST_F(CompilationListTest, DamagedListsKeepTheirUsablePaths) {
+    const std::string a = (root / "a").string();
+    MakeFile(a, 1);
+    const std::string junk = test::JunkBytes(256 * 1024);
+    WriteBytes(list, junk);
+    EXPECT_TRUE(ReadListFile(list.string()).empty());
+    WriteBytes(list, "\xFF\xFE" + AsciiUtf16(std::string(1 << 20, 'x') + "\r\n" + a + "\r\n") +
+                         junk.substr(0, 1001));
+    EXPECT_EQ(ReadListFile(list.string()), std::vector<std::string>{a});
 }
 
 }  // namespace

@@ -2,12 +2,9 @@
 // None of them may end as "Fertig"; an image that was never begun leaves the target alone.
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <cstring>
 #include <functional>
 
@@ -15,6 +12,7 @@
 #include "IsoImage.h"
 #include "IsoImageCheck.h"
 #include "common/ScratchFolder.h"
+#include "common/SmallDisk.h"
 
 namespace plattmix::authoring {
 namespace {
@@ -124,19 +122,11 @@ TEST_F(IsoImageFaults, FullDiskFailsWithTheReason) {
     EXPECT_NE(full.detail.find(std::strerror(ENOSPC)), std::string::npos) << full.detail;
 
     // A disk that fills up part way: a child process may write only 64 KiB per file.
-    const pid_t child = fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-        const rlimit limit{65536, 65536};
-        setrlimit(RLIMIT_FSIZE, &limit);
-        std::signal(SIGXFSZ, SIG_IGN);
+    EXPECT_TRUE(test::WithFileSizeLimit(65536, [&] {
         const IsoImageResult result = Create();
         const bool named = result.detail.find(std::strerror(EFBIG)) != std::string::npos;
-        _exit(result.outcome == IsoOutcome::Failed && named ? 0 : 1);
-    }
-    int status = 0;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+        return result.outcome == IsoOutcome::Failed && named;
+    }));
     EXPECT_EQ(fs::file_size(image), 65536u);
 }
 

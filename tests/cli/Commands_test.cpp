@@ -4,11 +4,14 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 
 #include "DiscWriter.h"
 #include "Fixtures.h"
+#include "common/JunkBytes.h"
 #include "common/ScratchFolder.h"
 
 using namespace plattmix;
@@ -96,5 +99,34 @@ TEST(Cli, ImagesOfferedToTheWindowAreKeptInTheSettings) {
     EXPECT_EQ(RunCli({"image", "remove", cue}).code, kExitDone);
     EXPECT_EQ(RunCli({"image", "list"}).out, "");
     EXPECT_EQ(RunCli({"image", "frobnicate"}).code, kExitUsage);
+    ::unsetenv("APPDATA");
+}
+
+// A settings file the program cannot make sense of is never rewritten by a command that only
+// reads it (nor by a removal that finds nothing to remove).
+TEST(Cli, DamagedSettingsAreLeftAsTheyAre) {
+    using namespace std::string_literals;
+    namespace fs = std::filesystem;
+    const auto folder = plattmix::test::ScratchFolder();
+    ::setenv("APPDATA", (folder / "appdata").c_str(), 1);
+    const auto settings = folder / "appdata" / "Trovalis" / "Diskolo.ini";
+    fs::create_directories(settings.parent_path());
+    const std::string junk = test::JunkBytes(64 * 1024);
+    const std::string damaged[] = {
+        junk,
+        "\xFF\xFE[\0A\0b\0b\0i\0l\0d\0e\0r\0\r\0\n\0/\0x\0"s + "\x41",  // odd length, no "]"
+        "[Abbilder\n/a.cue\n" + std::string(1 << 20, 'x') + "\n",       // a megabyte line
+    };
+    for (const std::string& bytes : damaged) {
+        std::ofstream(settings, std::ios::binary | std::ios::trunc) << bytes;
+        for (const std::vector<std::string>& words : {std::vector<std::string>{"image", "list"},
+                                                      {"image", "remove", "/nicht/da.cue"},
+                                                      {"drives"}}) {
+            SCOPED_TRACE(words[0] + " " + words[1 % words.size()]);
+            RunCli(words);
+            std::ifstream in(settings, std::ios::binary);
+            EXPECT_TRUE(std::string(std::istreambuf_iterator<char>(in), {}) == bytes);
+        }
+    }
     ::unsetenv("APPDATA");
 }

@@ -22,6 +22,7 @@
 #include "SecureRipJob.h"
 #include "WavHeader.h"
 #include "common/ScratchFolder.h"
+#include "common/SmallDisk.h"
 #include "imagedrive/clsImageDrive.h"
 #include "modMMC.h"
 
@@ -152,6 +153,20 @@ TEST(RipStreamJob, ReadErrorDropsOnlyThatTracksFileAndResultsComeInTrackOrder) {
     EXPECT_EQ(rig.Results(), results);
     EXPECT_EQ(rig.Files(), (std::vector<std::string>{"Track01.mp2", "Track03.mp2"}));
     EXPECT_TRUE(rig.Written("Track03.mp2") == rig.Reference(3));
+}
+
+// A disk that fills up while the first track is encoded: that row fails and its partial file
+// is removed; the job goes on with the next track (whose file fails the same way).
+TEST(RipStreamJob, FullDiskFailsTheRowAndLeavesNoPartialFile) {
+    StreamRig rig;
+    rig.Load(ThreeLongTracks(), kMp2, "fulldisk");
+    rig.params.rows.resize(2);
+    EXPECT_TRUE(test::WithFileSizeLimit(64 * 1024, [&rig] {
+        const bool ended = !rig.Run().aborted;
+        const std::vector<RowEvent> results = {{0, audiocd::kTextTrackFailed},
+                                               {1, audiocd::kTextTrackFailed}};
+        return ended && rig.Results() == results && rig.Files().empty();
+    }));
 }
 
 // The real encoder, noting when the first track's stream is complete.

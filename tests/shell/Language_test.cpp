@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "ShellFiles.h"
+#include "common/JunkBytes.h"
 #include "common/ScratchFolder.h"
 #include "modLanguage.h"
 
@@ -55,6 +56,32 @@ TEST_F(LanguageTest, TranslationIsCutTo799Characters) {
     const std::u16string longText(1000, u'e');
     const LanguageTexts texts = WithLanguageFile(u"Lang=" + longText + u"\r\n");
     EXPECT_EQ(texts.LangText("Lang"), std::string(799, 'e'));
+}
+
+// A damaged file gives what can be read from it and the German text for the rest.
+TEST_F(LanguageTest, DamagedFilesGiveTheGermanTextWhereNothingCanBeRead) {
+    const std::string junk = test::JunkBytes(256 * 1024);
+    const std::string common = test::kUtf16Mark + Utf16Le(u"[Common]\r\nAlles=All\r\n");
+    const struct {
+        const char* what;
+        std::string bytes;
+        const char* alles;  // what "Alles" gives
+    } cases[] = {
+        {"binary junk", junk, "Alles"},
+        {"junk behind the texts", common + junk, "All"},
+        {"odd length", common + "\x41", "All"},
+        {"megabyte line", common + Utf16Le(std::u16string(1 << 20, u'x')) + Utf16Le(u"\r\nB=b"),
+         "All"},
+        {"missing bracket", test::kUtf16Mark + Utf16Le(u"[Common\r\nAlles=All\r\n"), "Alles"},
+        {"no mark", Utf16Le(u"[Common]\r\nAlles=All\r\n"), "Alles"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        WriteBytes(folder_ / "Test.lng", c.bytes);
+        const LanguageTexts texts(folder_.string() + "/", "Test");
+        EXPECT_EQ(texts.LangText("Alles"), c.alles);
+        EXPECT_EQ(texts.LangText("Starten"), "Starten");
+    }
 }
 
 TEST_F(LanguageTest, LanguageNameFromTheSuiteOptions) {
