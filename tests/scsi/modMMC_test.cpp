@@ -99,3 +99,20 @@ TEST(ModMMC, ParseTocReadsAnnouncedDescriptorsOnly) {
     const std::vector<uint8_t> cut = {0x03, 0x22, 0x01, 0x63, 0, 0x10, 1, 0, 0, 0, 2, 0};
     EXPECT_EQ(ParseTOC(cut)->descriptors.size(), 1u);
 }
+
+TEST(ModMMC, GetConfigurationFindsTheCdReadFeaturesC2Flag) {
+    EXPECT_EQ(Bytes(BuildGetConfiguration(0x001E, 32)),
+              (std::vector<uint8_t>{0x46, 2, 0x00, 0x1E, 0, 0, 0, 0, 32, 0}));
+    const std::vector<uint8_t> header = {0, 0, 0, 24, 0, 0, 0, 8};
+    auto reply = [&header](std::vector<uint8_t> descriptors) {
+        std::vector<uint8_t> bytes = header;
+        bytes.insert(bytes.end(), descriptors.begin(), descriptors.end());
+        return bytes;
+    };
+    // Another feature first, then CD Read with and without its C2 flag.
+    EXPECT_TRUE(ReportsC2Pointers(reply({0, 0, 3, 4, 0, 8, 1, 0, 0, 0x1E, 8, 4, 0x02, 0, 0, 0})));
+    EXPECT_FALSE(ReportsC2Pointers(reply({0, 0x1E, 8, 4, 0x01, 0, 0, 0})));
+    // A descriptor cut off, or a length that runs past the reply, says no.
+    EXPECT_FALSE(ReportsC2Pointers(reply({0, 0x1E, 8, 4})));
+    EXPECT_FALSE(ReportsC2Pointers(reply({0, 0, 3, 200, 0, 0x1E, 8, 4, 0x02})));
+}
