@@ -10,6 +10,7 @@
 
 #include "AccurateRipFetch.h"
 #include "AccurateRipIds.h"
+#include "DiscSubchannel.h"
 #include "RipCue.h"
 #include "RipLog.h"
 #include "SecureTrack.h"
@@ -80,6 +81,7 @@ class SecureRun {
     AccurateRipRecord record_;
     RipLog log_;
     RipCue cue_;
+    DiscSubchannel subchannel_;
     std::deque<Finished> finished_;
     SecureRipResult result_;
 };
@@ -271,6 +273,7 @@ void SecureRun::WriteReports() {
     log_.secure = true;
     log_.accurateRipStatus = record_.error;
     cue_.cdText = params_.cdText;
+    ApplyDiscSubchannel(subchannel_, cue_);
     result_.logError = WriteRipLog(params_.rip.targetFolder, log_);
     if (result_.logError.empty())
         result_.logError = WriteRipCue(params_.rip.targetFolder, cue_);
@@ -289,6 +292,7 @@ SecureRipResult SecureRun::Run() {
     }
     toc_ = std::move(*toc);
     c2_ = modMMC::DriveReportsC2(transport_, handle_);
+    subchannel_ = ReadDiscSubchannel(transport_, handle_, toc_);
     FetchRecord();
     result_.accurateRipStatus = record_.error;
     for (size_t row = 0; row < params_.rip.rows.size() && row < toc_.tracks.size(); ++row) {

@@ -117,6 +117,26 @@ Cdb10 BuildReadCapacity() {
     return cdb;
 }
 
+Cdb10 BuildReadSubChannel(uint8_t format, uint8_t track, uint16_t allocation) {
+    Cdb10 cdb{};
+    cdb[0] = scsi::kOpReadSubChannel;
+    cdb[2] = 0x40;  // Q data wanted
+    cdb[3] = format;
+    cdb[6] = track;
+    PutBigEndian16(cdb, 7, allocation);
+    return cdb;
+}
+
+Cdb12 BuildReadCdWithQ(uint32_t lba, uint32_t blocks) {
+    constexpr uint8_t kAllBytes = 0xF8;  // sync, headers, user data, EDC/ECC
+    constexpr uint8_t kFormattedQ = 0x02;
+    const Cdb10 head = BuildReadCD(lba, blocks, kAllBytes);
+    Cdb12 cdb{};
+    std::copy(head.begin(), head.end(), cdb.begin());
+    cdb[10] = kFormattedQ;
+    return cdb;
+}
+
 int32_t TestUnitReady(scsi::ISCSI& transport, std::string& Handle) {
     return Send(transport, Handle, BuildTestUnitReady(), {});
 }
@@ -143,6 +163,17 @@ int32_t ReadCD(scsi::ISCSI& transport, std::string& Handle, uint32_t lba, uint32
 
 int32_t StartStopUnit(scsi::ISCSI& transport, std::string& Handle, bool loadEject, bool start) {
     return Send(transport, Handle, BuildStartStopUnit(loadEject, start), {});
+}
+
+int32_t ReadSubChannel(scsi::ISCSI& transport, std::string& Handle, uint8_t format, uint8_t track,
+                       std::array<uint8_t, kSubChannelReplyLength>& reply) {
+    return Send(transport, Handle, BuildReadSubChannel(format, track, kSubChannelReplyLength),
+                reply);
+}
+
+int32_t ReadCdWithQ(scsi::ISCSI& transport, std::string& Handle, uint32_t lba, uint32_t blocks,
+                    std::span<uint8_t> buffer) {
+    return Send(transport, Handle, BuildReadCdWithQ(lba, blocks), buffer);
 }
 
 int32_t ReadSessionInfo(scsi::ISCSI& transport, std::string& Handle,

@@ -24,6 +24,11 @@ inline constexpr int32_t kSessionGapSectors = 6750 + 4500 + 150;
 inline constexpr int kSessionInfoLength = 12;
 // Room for the full TOC of any disc: 99 tracks and every session's A0, A1, A2 and more.
 inline constexpr int kFullTocLength = 4096;
+// The reply of READ SUB-CHANNEL for the catalog number or an ISRC.
+inline constexpr int kSubChannelReplyLength = 24;
+// READ CD with the formatted Q sub-channel: each sector's 2352 raw bytes, then its 16 Q bytes.
+inline constexpr int kQBytes = 16;
+inline constexpr int kSectorWithQBytes = 2352 + kQBytes;
 
 using Cdb6 = std::array<uint8_t, 6>;
 using Cdb10 = std::array<uint8_t, 10>;
@@ -43,6 +48,10 @@ Cdb10 BuildGetEventStatus(uint8_t classes, uint16_t allocation);
 // GET CONFIGURATION for the one feature (RT 2).
 Cdb10 BuildGetConfiguration(uint16_t feature, uint16_t allocation);
 Cdb10 BuildReadCapacity();
+// READ SUB-CHANNEL with Q data: format kSubChannelCatalog or kSubChannelIsrc (of track).
+Cdb10 BuildReadSubChannel(uint8_t format, uint8_t track, uint16_t allocation);
+// READ CD of any sector type, all 2352 bytes of each and its formatted Q sub-channel.
+Cdb12 BuildReadCdWithQ(uint32_t lba, uint32_t blocks);
 
 // Senders: each returns the transport's status unchanged.
 int32_t TestUnitReady(scsi::ISCSI& transport, std::string& Handle);
@@ -55,6 +64,11 @@ int32_t Read10(scsi::ISCSI& transport, std::string& Handle, uint32_t lba, uint16
 int32_t ReadCD(scsi::ISCSI& transport, std::string& Handle, uint32_t lba, uint32_t blocks,
                std::span<uint8_t> buffer, uint8_t flags);
 int32_t StartStopUnit(scsi::ISCSI& transport, std::string& Handle, bool loadEject, bool start);
+int32_t ReadSubChannel(scsi::ISCSI& transport, std::string& Handle, uint8_t format, uint8_t track,
+                       std::array<uint8_t, kSubChannelReplyLength>& reply);
+// buffer: kSectorWithQBytes per block.
+int32_t ReadCdWithQ(scsi::ISCSI& transport, std::string& Handle, uint32_t lba, uint32_t blocks,
+                    std::span<uint8_t> buffer);
 // READ TOC format 1 in LBA form.
 int32_t ReadSessionInfo(scsi::ISCSI& transport, std::string& Handle,
                         std::array<uint8_t, kSessionInfoLength>& reply);

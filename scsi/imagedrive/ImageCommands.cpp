@@ -4,6 +4,7 @@
 
 #include "imagedrive/CdTextReply.h"
 #include "imagedrive/MmcReplies.h"
+#include "imagedrive/SubChannelReply.h"
 
 namespace plattmix::scsi::imagedrive {
 
@@ -25,6 +26,7 @@ Access AccessOf(uint8_t opcode) {
         case kOpReadCapacity:
         case kOpRead10:
         case kOpReadToc:
+        case kOpReadSubChannel:
         case kOpReadDiscInformation:
         case kOpReadCd:
             return Access::NeedsMedium;
@@ -61,6 +63,16 @@ CommandResult ReadToc(const DiscImage& disc, Cdb cdb, std::span<uint8_t> buffer)
         reply = FullTocReply(disc, cdb[6]);
     if (format == kTocFormatCdText)
         reply = CdTextReply(disc);  // nothing without texts: as a drive without CD-Text
+    if (!reply)
+        return kInvalidField;
+    return Deliver(*reply, Be16(cdb, 7), buffer);
+}
+
+// Q data of the catalog number or a track's ISRC; the current position is not offered.
+CommandResult ReadSubChannel(const DiscImage& disc, Cdb cdb, std::span<uint8_t> buffer) {
+    if ((cdb[2] & 0x40) == 0)
+        return Deliver(Reply(4, 0), Be16(cdb, 7), buffer);  // the header alone
+    const auto reply = SubChannelReply(disc, cdb[3], cdb[6]);
     if (!reply)
         return kInvalidField;
     return Deliver(*reply, Be16(cdb, 7), buffer);
@@ -105,6 +117,8 @@ CommandResult MediumCommand(const SectorSource& medium, Faults& faults, Cdb cdb,
             return ExecuteRead10(medium, faults, cdb, buffer);
         case kOpReadToc:
             return ReadToc(medium.Disc(), cdb, buffer);
+        case kOpReadSubChannel:
+            return ReadSubChannel(medium.Disc(), cdb, buffer);
         case kOpReadDiscInformation:
             if ((cdb[1] & 0x07) != 0)
                 return kInvalidField;  // only standard disc information

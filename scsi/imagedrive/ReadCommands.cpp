@@ -6,12 +6,15 @@
 
 #include "MmcOpcodes.h"
 #include "imagedrive/AudioQuirks.h"
+#include "imagedrive/SubChannelReply.h"
 
 namespace plattmix::scsi::imagedrive {
 
 namespace {
 
 constexpr size_t kC2WithBlockErrorBytes = kC2PointerBytes + 2;  // the OR of them, a pad byte
+constexpr uint8_t kSubChannelNone = 0;
+constexpr uint8_t kSubChannelFormattedQ = 2;
 
 int32_t Lba(Cdb cdb) {
     const uint32_t value = (uint32_t{cdb[2]} << 24) | (uint32_t{cdb[3]} << 16) |
@@ -96,7 +99,9 @@ CommandResult ExecuteReadCd(const SectorSource& medium, Faults& faults, Cdb cdb,
                             std::span<uint8_t> buffer) {
     const auto expectedType = static_cast<uint8_t>((cdb[1] >> 2) & 0x7);
     const uint8_t flags = cdb[9];
-    if (!IsValidExpectedType(expectedType) || cdb[10] != 0)
+    const uint8_t subChannel = cdb[10];  // raw P-W and corrected R-W are not offered
+    if (!IsValidExpectedType(expectedType) ||
+        (subChannel != kSubChannelNone && subChannel != kSubChannelFormattedQ))
         return kInvalidField;
     const auto audioFields = SelectFields(SectorKind::Audio, flags);
     if (!audioFields)
@@ -129,6 +134,8 @@ CommandResult ExecuteReadCd(const SectorSource& medium, Faults& faults, Cdb cdb,
                 filled = Append(buffer, filled, sector.subspan(range.offset, range.length));
             }
             filled = Append(buffer, filled, std::span(c2).first(fields->c2Bytes));
+            if (subChannel == kSubChannelFormattedQ)
+                filled = Append(buffer, filled, QSubChannel(medium.Disc(), lba));
             return std::nullopt;
         });
 }

@@ -217,3 +217,23 @@ TEST(SecureRip, AnEnhancedCdsRecordIsFoundAndItsLastAudioTrackIsExact) {
     EXPECT_EQ(rig.Result(1), "Track02.wav -->Fertig (AccurateRip: übereinstimmend, 12)");
     EXPECT_TRUE(ReadAll(rig.folder / "out" / "Track02.wav") == TrueWav(rig.disc, 2));
 }
+
+TEST(SecureRip, TheCueSheetCarriesCatalogIsrcAndPregaps) {
+    SecureRig rig(discgen::CatalogAndIsrc());  // track 2 with INDEX 00, track 3 with PREGAP
+    rig.Run();
+    EXPECT_EQ(Text(rig.folder / "out" / "Rip.cue"),
+              "CATALOG 4006381333931\n"
+              "FILE \"Track01.wav\" WAVE\n"
+              "  TRACK 01 AUDIO\n"
+              "    ISRC DEA123400001\n"
+              "    INDEX 01 00:00:00\n"
+              "  TRACK 02 AUDIO\n"
+              "    ISRC DEA123400002\n"
+              "    INDEX 00 00:04:00\n"
+              "FILE \"Track02.wav\" WAVE\n"
+              "    INDEX 01 00:00:00\n"
+              "  TRACK 03 AUDIO\n"
+              "    INDEX 00 00:03:00\n"
+              "FILE \"Track03.wav\" WAVE\n"
+              "    INDEX 01 00:00:00\n");
+}

@@ -38,13 +38,21 @@ TEST_F(ImageDriveReadTest, AudioSectorsComeAsStoredWhateverTheHeaderFlags) {
     const Outcome user = ReadCd(12, 1, kFlagsUser, 2352);  // inside track 2's index 00
     EXPECT_EQ(user.data, StoredSector(kAudioSectors, 2352, kAudioSeed, 12));
 
-    // The twelve-byte form with no sub-channel reads the same; sub-channel data is refused.
+    // The twelve-byte form with no sub-channel reads the same; with the formatted Q each
+    // sector is followed by its position in BCD: track, index, the time in the track (counting
+    // down to INDEX 01 in the pregap) and on the disc, and the inverted CRC. Raw P-W is refused.
     Bytes twelve = ReadCdCdb(39, 1, kFlagsAll);
     twelve.insert(twelve.end(), {0, 0});
     EXPECT_EQ(Send(drive, handle, twelve, 2352).data,
               StoredSector(kAudioSectors, 2352, kAudioSeed, 39));
     twelve[10] = 0x02;
-    EXPECT_EQ(Failure(Send(drive, handle, twelve, 2352 + 16)), kInvalidField);
+    EXPECT_EQ(Slice(Send(drive, handle, twelve, 2352 + 16).data, 2352, 16),
+              (Bytes{0x01, 0x02, 0x01, 0, 0, 0x19, 0, 0, 0x02, 0x39, 0x7C, 0x30, 0, 0, 0, 0}));
+    twelve[5] = 12;  // inside track 2's index 00, which starts at 10
+    EXPECT_EQ(Slice(Send(drive, handle, twelve, 2352 + 16).data, 2352, 16),
+              (Bytes{0x01, 0x02, 0x00, 0, 0, 0x07, 0, 0, 0x02, 0x12, 0x65, 0x18, 0, 0, 0, 0}));
+    twelve[10] = 0x01;
+    EXPECT_EQ(Failure(Send(drive, handle, twelve, 2352 + 96)), kInvalidField);
 }
 
 TEST_F(ImageDriveReadTest, Mode1SectorsAreBuiltFromTheStoredUserData) {

@@ -29,6 +29,9 @@ void AppendCdText(std::string& out, const std::string& indent, const std::string
 void AppendTrack(std::string& out, int number, const TrackSpec& t, const TrackPlacement& p) {
     out += "  TRACK " + TwoDigits(number) + " " + ModeText(t.mode) + "\n";
     AppendCdText(out, "    ", t.title, t.performer);
+    if (!t.isrc.empty()) {
+        out += "    ISRC " + t.isrc + "\n";
+    }
     if (t.pregapSectors > 0) {
         out += "    PREGAP " + CueTime(t.pregapSectors) + "\n";
     }
@@ -49,6 +52,9 @@ std::string CueTime(int32_t sectors) {
 
 std::string CueSheetText(const DiscSpec& spec, const DiscLayout& layout) {
     std::string out;
+    if (!spec.catalog.empty()) {
+        out += "CATALOG " + spec.catalog + "\n";
+    }
     AppendCdText(out, "", spec.title, spec.performer);
     const bool severalSessions = layout.sessions.size() > 1;
     for (size_t i = 0; i < spec.tracks.size(); ++i) {

@@ -32,6 +32,7 @@ struct TrackSpec {
     int session = 1;
     std::string title;      // CD-Text; empty writes no TITLE line
     std::string performer;  // CD-Text; empty writes no PERFORMER line
+    std::string isrc;       // 12 characters; empty writes no ISRC line
 };
 
 // Sectors the image drive reads wrong now and then (its FLAKY setting).
@@ -58,6 +59,7 @@ struct DiscSpec {
     std::string name;  // fixture name, also the CUE file's base name
     std::string title;
     std::string performer;
+    std::string catalog;             // 13 digits; empty writes no CATALOG line
     std::vector<std::string> files;  // BIN file names, in disc order
     std::vector<TrackSpec> tracks;   // numbered from 1 in this order
     DriveSpec drive;

@@ -173,6 +173,16 @@ DiscSpec FlakySectors() {
     return d;
 }
 
+DiscSpec CatalogAndIsrc() {
+    DiscSpec d = Pregap();
+    d.name = "CatalogAndIsrc";
+    d.files = {d.name + ".bin"};
+    d.catalog = "4006381333931";
+    d.tracks[0].isrc = "DEA123400001";
+    d.tracks[1].isrc = "DEA123400002";
+    return d;
+}
+
 DiscSpec TinyTracks() {
     return OneFileAudio("TinyTracks", "Winzig", {1, 2, 3, 4});
 }

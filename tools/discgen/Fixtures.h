@@ -48,6 +48,9 @@ DiscSpec Large(int minutes);
 inline constexpr int32_t kReadsLateSamples = 667;
 DiscSpec ReadsLate(int32_t samples = kReadsLateSamples);
 DiscSpec FlakySectors();
+// The Pregap disc with what the sub-channel carries besides: a catalog number, and ISRCs on
+// tracks 1 and 2 (track 3 has none).
+DiscSpec CatalogAndIsrc();
 
 // Read errors are not part of an image: the image drive injects them. This names the disc to
 // load and the sectors to make unreadable.

@@ -29,7 +29,7 @@ int Usage() {
     for (const Fixture f : AllFixtures()) {
         std::fprintf(stderr, " %s", std::string(FixtureName(f)).c_str());
     }
-    std::fprintf(stderr, " Demo ReadsLate FlakySectors\n");
+    std::fprintf(stderr, " Demo ReadsLate FlakySectors CatalogAndIsrc\n");
     return 2;
 }
 
@@ -96,6 +96,9 @@ std::optional<DiscSpec> SpecFor(const Arguments& args) {
     }
     if (args.fixture == "FlakySectors") {
         return FlakySectors();
+    }
+    if (args.fixture == "CatalogAndIsrc") {
+        return CatalogAndIsrc();
     }
     const std::optional<Fixture> fixture = FixtureByName(args.fixture);
     if (!fixture) {
