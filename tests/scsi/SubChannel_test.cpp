@@ -1,6 +1,7 @@
 // The sub-channel replies as drives send them, byte for byte.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <span>
 #include <string>
 #include <vector>
@@ -16,9 +17,10 @@ using Bytes = std::vector<uint8_t>;
 
 // READ SUB-CHANNEL's 24 bytes: header, format, then the valid flag and the text.
 Bytes Reply(uint8_t format, uint8_t valid, const std::string& text) {
-    Bytes reply{0, 0x15, 0, 20, format, 0, 0, 0, valid};
-    reply.insert(reply.end(), text.begin(), text.end());
-    reply.resize(24, 0);
+    Bytes reply(24, 0);
+    const Bytes head{0, 0x15, 0, 20, format, 0, 0, 0, valid};
+    std::copy(head.begin(), head.end(), reply.begin());
+    std::copy_n(text.begin(), std::min<size_t>(text.size(), 15), reply.begin() + 9);
     return reply;
 }
 
@@ -26,7 +28,9 @@ Bytes Reply(uint8_t format, uint8_t valid, const std::string& text) {
 void AddSector(Bytes& sectors, uint8_t adr, uint8_t track, uint8_t index) {
     sectors.resize(sectors.size() + 2352, 0x55);
     const Bytes q{static_cast<uint8_t>(adr), track, index, 0, 0, 1, 0, 0, 2, 0, 0, 0, 0, 0, 0, 0};
-    sectors.insert(sectors.end(), q.begin(), q.end());
+    const size_t at = sectors.size();
+    sectors.resize(at + q.size());
+    std::copy(q.begin(), q.end(), sectors.begin() + static_cast<std::ptrdiff_t>(at));
 }
 
 }  // namespace

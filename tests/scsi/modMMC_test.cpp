@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include <vector>
 
 #include "ScsiStatus.h"
@@ -105,8 +107,10 @@ TEST(ModMMC, GetConfigurationFindsTheCdReadFeaturesC2Flag) {
               (std::vector<uint8_t>{0x46, 2, 0x00, 0x1E, 0, 0, 0, 0, 32, 0}));
     const std::vector<uint8_t> header = {0, 0, 0, 24, 0, 0, 0, 8};
     auto reply = [&header](std::vector<uint8_t> descriptors) {
-        std::vector<uint8_t> bytes = header;
-        bytes.insert(bytes.end(), descriptors.begin(), descriptors.end());
+        std::vector<uint8_t> bytes(header.size() + descriptors.size());
+        std::copy(header.begin(), header.end(), bytes.begin());
+        std::copy(descriptors.begin(), descriptors.end(),
+                  bytes.begin() + static_cast<std::ptrdiff_t>(header.size()));
         return bytes;
     };
     // Another feature first, then CD Read with and without its C2 flag.
