@@ -18,15 +18,6 @@ constexpr auto kNoWait = std::chrono::milliseconds(0);
 // Reading changes to another track only when its queue has this much room.
 constexpr size_t kSwitchRoom = kStreamQueueBytes / 2;
 
-std::string FileName(const RipJobParams& params, const std::string& number) {
-    return params.numberFirst ? number + params.namePrefix : params.namePrefix + number;
-}
-
-// As many encoders at once as the machine has cores, at least one.
-size_t EncoderLimit() {
-    return std::max(1u, std::thread::hardware_concurrency());
-}
-
 // A track whose row has not had its result yet: being read, or read (or stopped) with its
 // encoder perhaps still writing.
 struct Pending {
@@ -117,9 +108,7 @@ RipJobResult RipRun::Run() {
             break;
         }
         ++result.filesStarted;
-        const int number =
-            params_.runningNumber ? result.filesStarted : params_.rows[row].trackNumber;
-        const std::string name = FileName(params_, NumberText(number));
+        const std::string name = TrackFileName(params_, row, result.filesStarted);
         if (converted)
             StartConverted(row, name);
         else
@@ -310,6 +299,16 @@ void RipRun::WaitForAll() {
 }
 
 }  // namespace
+
+std::string TrackFileName(const RipJobParams& params, size_t row, int filesStarted) {
+    const int number = params.runningNumber ? filesStarted : params.rows[row].trackNumber;
+    const std::string text = NumberText(number);
+    return params.numberFirst ? text + params.namePrefix : params.namePrefix + text;
+}
+
+size_t EncoderLimit() {
+    return std::max(1u, std::thread::hardware_concurrency());
+}
 
 std::string NumberText(int number) {
     char text[16];

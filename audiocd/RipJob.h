@@ -50,6 +50,13 @@ using RowTextFn = std::function<void(size_t row, const std::string& text)>;
 RipJobResult RunRipJob(scsi::ISCSI& transport, const RipJobParams& params, const JobHooks& hooks,
                        const RowTextFn& rowText, const EncodeFn& encode = {});
 
+// The row's file name without extension: prefix and number (the running number filesStarted
+// or the track's own), in the order the user chose.
+std::string TrackFileName(const RipJobParams& params, size_t row, int filesStarted);
+
+// As many encoders at once as the machine has cores, at least one.
+size_t EncoderLimit();
+
 // "01" from 1: at least two digits.
 std::string NumberText(int number);
 

@@ -25,11 +25,6 @@ namespace {
 constexpr auto kPollPeriod = std::chrono::milliseconds(50);
 constexpr const char* kSpoolSuffix = ".plattmix.wav";
 
-// As many encoders at once as the machine has cores, at least one.
-size_t EncoderLimit() {
-    return std::max(1u, std::thread::hardware_concurrency());
-}
-
 // A track read and judged; its row's text waits for its encoding, which waits for a free core.
 struct Finished {
     size_t row = 0;
@@ -85,10 +80,6 @@ class SecureRun {
     std::deque<Finished> finished_;
     SecureRipResult result_;
 };
-
-std::string FileName(const RipJobParams& params, const std::string& number) {
-    return params.numberFirst ? number + params.namePrefix : params.namePrefix + number;
-}
 
 // The record's IDs from the audio tracks and the whole disc's lead-out.
 AccurateRipIds IdsOf(const SessionToc& toc) {
@@ -307,9 +298,7 @@ SecureRipResult SecureRun::Run() {
             break;
         }
         ++result_.filesStarted;
-        const int number =
-            params_.rip.runningNumber ? result_.filesStarted : params_.rip.rows[row].trackNumber;
-        if (!RipRow(row, FileName(params_.rip, NumberText(number)))) {
+        if (!RipRow(row, TrackFileName(params_.rip, row, result_.filesStarted))) {
             result_.aborted = true;
             break;
         }
