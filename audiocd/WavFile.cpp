@@ -22,22 +22,17 @@ WavFile::WavFile(std::string path, bool truncate) : path_(std::move(path)) {
 }
 
 bool WavFile::Append(std::span<const uint8_t> bytes) {
-    while (!bytes.empty()) {
-        const ssize_t written = ::write(fd_, bytes.data(), bytes.size());
-        if (written < 0 && errno == EINTR)
-            continue;
-        if (written <= 0) {
-            Failed(written < 0 ? errno : ENOSPC);
-            return false;
-        }
-        bytes = bytes.subspan(static_cast<size_t>(written));
-    }
-    return true;
+    return Put(bytes, -1);
 }
 
 bool WavFile::WriteAt(int64_t offset, std::span<const uint8_t> bytes) {
+    return Put(bytes, offset);
+}
+
+bool WavFile::Put(std::span<const uint8_t> bytes, int64_t offset) {
     while (!bytes.empty()) {
-        const ssize_t written = ::pwrite(fd_, bytes.data(), bytes.size(), offset);
+        const ssize_t written = offset < 0 ? ::write(fd_, bytes.data(), bytes.size())
+                                           : ::pwrite(fd_, bytes.data(), bytes.size(), offset);
         if (written < 0 && errno == EINTR)
             continue;
         if (written <= 0) {
@@ -45,7 +40,8 @@ bool WavFile::WriteAt(int64_t offset, std::span<const uint8_t> bytes) {
             return false;
         }
         bytes = bytes.subspan(static_cast<size_t>(written));
-        offset += written;
+        if (offset >= 0)
+            offset += written;
     }
     return true;
 }

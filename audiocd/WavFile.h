@@ -31,6 +31,8 @@ class WavFile {
     void Remove();
 
   private:
+    // At offset, or at the current position when offset is negative.
+    bool Put(std::span<const uint8_t> bytes, int64_t offset);
     void Failed(int error);
 
     std::string path_;
