@@ -12,11 +12,19 @@ namespace {
 // Severity names go to the libraries as char*.
 char kAll[] = "ALL";
 char kSorry[] = "SORRY";
+char kDebug[] = "DEBUG";
 char kNever[] = "NEVER";
 char kPrefix[] = "libburn: ";
 char kIsofsPrefix[] = "libisofs: ";
 
 constexpr std::string_view kStdioPrefix = "stdio:";
+
+// libburn's message codes for "Write thread on drive N ended" and "A drive operation is still
+// going on".
+constexpr int kWriteThreadEnded = 0x00020178;
+constexpr int kDriveStillBusy = 0x00020102;
+
+BurnThreadEvents threadEvents;  // guarded by the library's mutex, as the queue is
 
 // Media profiles libburn writes (0xffff is its own number for a stdio file).
 bool WritableProfile(int profile) {
@@ -61,8 +69,9 @@ LibburnLibrary::LibburnLibrary() {
     if (!ok_)
         return;
     iso_set_msgs_severities(kSorry, kNever, kIsofsPrefix);
-    // Messages are queued, never printed; each job takes the ones it caused.
-    burn_msgs_set_severities(kSorry, kNever, kPrefix);
+    // Messages are queued, never printed; each job takes the ones it caused. The debug ones are
+    // queued for the end of write threads.
+    burn_msgs_set_severities(kDebug, kNever, kPrefix);
     // No exclusive opening: the program's own drive access or another program may have the
     // drive open.
     burn_preset_device_open(0, 0, 0);
@@ -76,16 +85,27 @@ LibburnLibrary::~LibburnLibrary() {
 }
 
 std::string TakeBurnMessages() {
+    int sorry = 0;
+    burn_text_to_sev(kSorry, &sorry, 0);
     std::string first;
     int code = 0;
     int osErrno = 0;
     char text[BURN_MSGS_MESSAGE_LEN] = {};
     char severity[80] = {};
     while (burn_msgs_obtain(kAll, &code, text, &osErrno, severity) > 0) {
-        if (first.empty())
+        if (code == kWriteThreadEnded)
+            ++threadEvents.writesEnded;
+        else if (code == kDriveStillBusy)
+            ++threadEvents.refusedAsBusy;
+        int level = 0;
+        if (first.empty() && burn_text_to_sev(severity, &level, 0) > 0 && level >= sorry)
             first = text;
     }
     return first;
+}
+
+BurnThreadEvents BurnThreadEventCounts() {
+    return threadEvents;
 }
 
 GrabbedDrive::GrabbedDrive(std::string address, int flags)

@@ -39,9 +39,18 @@ class LibburnLibrary {
     std::mutex mutex_;
 };
 
-// The first queued message since the last call (the cause; later ones tell the consequences);
-// the queue is emptied.
+// The first queued message of severity SORRY or worse since the last call (the cause; later
+// ones tell the consequences); the queue is emptied.
 std::string TakeBurnMessages();
+
+// What libburn's threads say only in messages, counted as TakeBurnMessages takes them: a write
+// thread has ended (the drive shows idle a moment before that), and a write was refused because a
+// thread of an earlier write still held the drive's slot (libburn then reports no failure).
+struct BurnThreadEvents {
+    uint64_t writesEnded = 0;
+    uint64_t refusedAsBusy = 0;
+};
+BurnThreadEvents BurnThreadEventCounts();
 
 // A drive grabbed through libisoburn, released (ejecting when asked) and its description freed
 // with the scope.

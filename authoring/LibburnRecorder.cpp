@@ -14,6 +14,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 constexpr auto kPollPause = std::chrono::milliseconds(100);
+constexpr auto kThreadEndWait = std::chrono::seconds(10);
 
 // What the drive does, in the progress texts' numbering. libburn reports no calibration of its
 // own: the drive does it at the start of the write, while libburn writes the lead-in or pregap.
@@ -69,6 +70,7 @@ class LibburnRecorder final : public IRecorder {
             while (burn_drive_get_status(drive_->drive(), nullptr) != BURN_DRIVE_IDLE)
                 std::this_thread::sleep_for(kPollPause);
         }
+        WaitForWriteThread();
         EndJob(false);
         readBack_.reset();
         image_.reset();
@@ -168,8 +170,10 @@ class LibburnRecorder final : public IRecorder {
                                                      state.sectors / state.sector);
         if (status == BURN_DRIVE_IDLE) {
             progress.running = false;
-            if (running_)
+            if (running_) {
+                WaitForWriteThread();
                 EndJob(burn_drive_wrote_well(drive_->drive()) == 1);
+            }
         }
         Collect();
         return progress;
@@ -328,12 +332,38 @@ class LibburnRecorder final : public IRecorder {
         started_ = Clock::now();
         running_ = true;
         wroteWell_ = false;
+        Collect();
+        const BurnThreadEvents before = BurnThreadEventCounts();
         if (imageWrite_)
             isoburn_disc_write(options.get(), disc_.get());
         else
             burn_disc_write(options.get(), disc_.get());
         Collect();
+        if (BurnThreadEventCounts().refusedAsBusy > before.refusedAsBusy) {
+            EndJob(false);
+            return WriteError::Failed;
+        }
+        // A refusal before the thread leaves the drive idle and marked as cancelled.
+        endedAtStart_ = before.writesEnded;
+        writeThread_ = burn_drive_get_status(drive_->drive(), nullptr) != BURN_DRIVE_IDLE ||
+                       burn_drive_wrote_well(drive_->drive()) == 1;
         return WriteError::None;
+    }
+
+    // libburn shows the drive idle a moment before its write thread lets go of the drive's slot
+    // in its list; a write started on a drive in that slot before then would be refused without
+    // a failure. Waits for the thread's end (at most kThreadEndWait). The mutex is held.
+    void WaitForWriteThread() {
+        if (!writeThread_)
+            return;
+        writeThread_ = false;
+        const Clock::time_point deadline = Clock::now() + kThreadEndWait;
+        while (BurnThreadEventCounts().writesEnded <= endedAtStart_ && Clock::now() < deadline) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+            Collect();
+        }
+        // After its message the thread only takes itself off the list.
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
 
     // The write is over (or never started): the image thread ends, waiting for its last files
@@ -365,8 +395,10 @@ class LibburnRecorder final : public IRecorder {
     BurnDiscPtr disc_;
     Clock::time_point started_ = Clock::now();
     int64_t writtenStart_ = 0;
-    bool imageWrite_ = false;  // disc_ comes from the image thread
-    bool imageDone_ = false;   // an image session was written well and is not active yet
+    uint64_t endedAtStart_ = 0;  // write threads ended before this one started
+    bool writeThread_ = false;   // a write thread was started and its end not yet seen
+    bool imageWrite_ = false;    // disc_ comes from the image thread
+    bool imageDone_ = false;     // an image session was written well and is not active yet
     bool running_ = false;
     bool wroteWell_ = false;
     std::string message_;

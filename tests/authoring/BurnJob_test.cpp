@@ -8,9 +8,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <string>
 
 #include "BurnTestHooks.h"
@@ -21,6 +23,7 @@
 #include "IsoTreeReader.h"
 #include "LargeTrees.h"
 #include "common/ScratchFolder.h"
+#include "common/SmallDisk.h"
 
 namespace plattmix::authoring {
 namespace {
@@ -51,13 +54,13 @@ void Corrupt(const fs::path& file, int64_t offset) {
     io.put(static_cast<char>(byte ^ 0x5a));
 }
 
-// Recording hooks that run act once, when the check after the write begins.
-BurnHooks AtCheck(Seen& seen, std::function<void()> act) {
+// Recording hooks that run act once, when the status line first shows text.
+BurnHooks AtStatus(Seen& seen, const std::string& text, std::function<void()> act) {
     BurnHooks hooks = RecordingHooks(seen);
-    hooks.status = [&seen, act = std::move(act)](const std::string& text) {
-        if (text == kVerifying && !Showed(seen.statuses, text))
+    hooks.status = [&seen, text, act = std::move(act)](const std::string& shown) {
+        if (shown == text && !Showed(seen.statuses, shown))
             act();
-        seen.statuses.push_back(text);
+        seen.statuses.push_back(shown);
     };
     return hooks;
 }
@@ -253,34 +256,63 @@ TEST_F(BurnJobTest, TargetTooSmallFailsBeforeWriting) {
     EXPECT_FALSE(fs::exists(target) && fs::file_size(target) > 0);
 }
 
-// A file that changes after it was added is noticed when the write reads it: the burn fails,
-// and on a multisession disc the earlier session stays the one the disc shows.
+// A file that grows during the write, or vanishes between the listing and the write, is noticed:
+// the burn fails naming it, and on a multisession disc the earlier session stays the one the disc
+// shows.
 TEST_F(BurnJobTest, FileChangedDuringTheBurnIsNoSuccess) {
-    WriteFile(root / "eins" / "alt.txt", "alt");
-    const fs::path target = root / "disk.iso";
-    Seen first;
-    ASSERT_EQ(BurnCompilation(target, {(root / "eins").string()}, first, true).outcome,
-              BurnOutcome::Done);
+    for (const bool vanishes : {false, true}) {
+        const std::string name = vanishes ? "verschwindend" : "wachsend";
+        SCOPED_TRACE(name);
+        const fs::path target = root / (name + ".iso");
+        WriteFile(root / "eins" / "alt.txt", "alt");
+        Seen first;
+        ASSERT_EQ(BurnCompilation(target, {(root / "eins").string()}, first, true).outcome,
+                  BurnOutcome::Done);
 
-    const fs::path changing = root / "zwei" / "wachsend.txt";
-    WriteFile(changing, "anfangs");
-    Seen seen;
-    BurnHooks hooks = RecordingHooks(seen);
-    hooks.scan.yield = [&changing] { std::ofstream(changing, std::ios::app) << "+"; };
-    BurnCompilationParams params;
-    params.drive = Stdio(target);
-    params.paths = {(root / "zwei").string()};
-    params.multisession = true;
-    const BurnResult result = BurnZusammenstellung(*service, params, hooks);
-    EXPECT_EQ(result.outcome, BurnOutcome::Failed);
-    EXPECT_EQ(result.status, kTextBurnFailed);
-    EXPECT_NE(result.detail.find(changing.string()), std::string::npos) << result.detail;
-    EXPECT_FALSE(seen.Showed(kTextBurnDone));
+        const fs::path changing = root / name / "datei.txt";
+        WriteFile(changing, "anfangs");
+        Seen seen;
+        BurnHooks hooks = RecordingHooks(seen);
+        if (vanishes)
+            hooks = AtStatus(seen, kTextImporting, [&changing] { fs::remove(changing); });
+        else
+            hooks.scan.yield = [&changing] { std::ofstream(changing, std::ios::app) << "+"; };
+        BurnCompilationParams params;
+        params.drive = Stdio(target);
+        params.paths = {changing.parent_path().string()};
+        params.multisession = true;
+        const BurnResult result = BurnZusammenstellung(*service, params, hooks);
+        EXPECT_EQ(result.outcome, BurnOutcome::Failed);
+        EXPECT_EQ(result.status, kTextBurnFailed);
+        EXPECT_NE(result.detail.find(changing.string()), std::string::npos) << result.detail;
+        EXPECT_FALSE(seen.Showed(kTextBurnDone));
 
-    const IsoTreeReader reader(target.string());
-    ASSERT_TRUE(reader.ok()) << reader.error();
-    EXPECT_EQ(ImageBytes(reader, "eins/alt.txt"), "alt");
-    EXPECT_EQ(reader.Find("zwei"), nullptr);
+        const IsoTreeReader reader(target.string());
+        ASSERT_TRUE(reader.ok()) << reader.error();
+        EXPECT_EQ(ImageBytes(reader, "eins/alt.txt"), "alt");
+        EXPECT_EQ(reader.Find(name), nullptr);
+    }
+}
+
+// A disk that fills up during the write (the file size limit stops the "stdio:" file where
+// libburn still saw room): neither an image nor a compilation is reported burnt.
+TEST_F(BurnJobTest, DiskFullDuringTheWriteIsNoSuccess) {
+    const fs::path image = MakeIso("bild", 3 << 20);
+    WriteFile(root / "gross" / "daten.bin", std::string(3 << 20, 'g'));
+    const bool bothFailed = test::WithFileSizeLimit(1 << 20, [&] {
+        Seen iso;
+        const BurnResult a =
+            BurnIsoImage(*service, {Stdio(root / "a.iso"), image.string()}, RecordingHooks(iso));
+        Seen compilation;
+        const BurnResult b =
+            BurnCompilation(root / "b.iso", {(root / "gross").string()}, compilation, false);
+        std::fprintf(stderr, "image: %s (%s)\ncompilation: %s (%s)\n", a.status.c_str(),
+                     a.detail.c_str(), b.status.c_str(), b.detail.c_str());
+        return a.outcome == BurnOutcome::Failed && a.status == kTextBurnFailed &&
+               !iso.Showed(kTextBurnDone) && b.outcome == BurnOutcome::Failed &&
+               b.status == kTextBurnFailed && !compilation.Showed(kTextBurnDone);
+    });
+    EXPECT_TRUE(bothFailed);
 }
 
 // The check reads the image back after the write; a sector spoilt on the disc is named, and
@@ -303,8 +335,8 @@ TEST_F(BurnJobTest, CheckReadsTheImageBack) {
     const fs::path spoilt = root / "schlecht.iso";
     params.drive = Stdio(spoilt);
     Seen bad;
-    const BurnResult failed =
-        BurnIsoImage(*service, params, AtCheck(bad, [&] { Corrupt(spoilt, 40 * 2048 + 7); }));
+    const BurnResult failed = BurnIsoImage(
+        *service, params, AtStatus(bad, kVerifying, [&] { Corrupt(spoilt, 40 * 2048 + 7); }));
     EXPECT_EQ(failed.outcome, BurnOutcome::Failed);
     EXPECT_EQ(failed.status, "Fehler beim Prüfen: Sektor 40");
     EXPECT_EQ(failed.listStatus, "Fehler!");
@@ -347,12 +379,13 @@ TEST_F(BurnJobTest, CheckReadsEverySessionsTreeBack) {
 
     params.paths = {(root / "drei").string()};
     Seen seen;
-    const BurnResult result = BurnZusammenstellung(*service, params, AtCheck(seen, [&] {
-        const IsoTreeReader disc(target.string());
-        const IsoTreeEntry* file = disc.Find("drei/kaputt.bin");
-        ASSERT_NE(file, nullptr);
-        Corrupt(target, file->extents.at(0).offset + 150000);
-    }));
+    const BurnResult result =
+        BurnZusammenstellung(*service, params, AtStatus(seen, kVerifying, [&] {
+            const IsoTreeReader disc(target.string());
+            const IsoTreeEntry* file = disc.Find("drei/kaputt.bin");
+            ASSERT_NE(file, nullptr);
+            Corrupt(target, file->extents.at(0).offset + 150000);
+        }));
     const std::string expected = "Fehler beim Prüfen: " + (root / "drei" / "kaputt.bin").string();
     EXPECT_EQ(result.outcome, BurnOutcome::Failed);
     EXPECT_EQ(result.status, expected);
@@ -400,8 +433,12 @@ TEST_F(BurnJobTest, EscapeStopsARealWrite) {
     EXPECT_TRUE(seen.Showed(kTextBurnAborted));
     EXPECT_FALSE(seen.Showed(kTextBurnFailed));
     EXPECT_FALSE(result.ejected);
-    // The drive is free again, and the unfinished session is no image.
+    // The drive is free again, and the unfinished session is no image: the next burn writes.
     EXPECT_NE(service->QueryMedia(Stdio(target)).state, MediaState::Appendable);
+    WriteFile(root / "danach" / "klein.txt", "klein");
+    Seen next;
+    EXPECT_EQ(BurnCompilation(target, {(root / "danach").string()}, next, false).outcome,
+              BurnOutcome::Done);
 }
 
 }  // namespace
