@@ -182,16 +182,18 @@ TEST_F(BurnJobTest, RowsThatCannotBeBurntLeaveTheDiscAlone) {
     EXPECT_FALSE(fs::exists(target));
 }
 
+// Joliet keeps long names (up to 103 characters) with their umlauts, as in an image file.
 TEST_F(BurnJobTest, CompilationComesBackWithItsLayout) {
+    const std::string letter =
+        "Brief an die Großeltern über den Sommer in Österreich und am See.txt";
     WriteFile(root / "quelle" / "Musik" / "lied.txt", "la la la");
     WriteFile(root / "quelle" / "Musik" / "tief" / "unten.bin", std::string(70000, 'u'));
     fs::create_directories(root / "quelle" / "Musik" / "leer");
-    WriteFile(root / "einzeln" / "brief.txt", "Hallo");
+    WriteFile(root / "einzeln" / letter, "Hallo");
     const fs::path target = root / "disk.iso";
     Seen seen;
     const BurnResult result = BurnCompilation(
-        target,
-        {(root / "quelle" / "Musik").string() + "/", (root / "einzeln" / "brief.txt").string()},
+        target, {(root / "quelle" / "Musik").string() + "/", (root / "einzeln" / letter).string()},
         seen, false);
     ASSERT_EQ(result.outcome, BurnOutcome::Done) << result.detail;
     EXPECT_EQ(result.listStatus, "Fertig");
@@ -204,10 +206,13 @@ TEST_F(BurnJobTest, CompilationComesBackWithItsLayout) {
     for (const IsoTreeEntry& entry : reader.Entries())
         paths.push_back(entry.path);
     std::sort(paths.begin(), paths.end());
-    EXPECT_EQ(paths, (std::vector<std::string>{"Musik", "Musik/leer", "Musik/lied.txt",
-                                               "Musik/tief", "Musik/tief/unten.bin", "brief.txt"}));
+    EXPECT_EQ(paths, (std::vector<std::string>{letter, "Musik", "Musik/leer", "Musik/lied.txt",
+                                               "Musik/tief", "Musik/tief/unten.bin"}));
     EXPECT_EQ(ImageBytes(reader, "Musik/tief/unten.bin"), std::string(70000, 'u'));
-    EXPECT_EQ(ImageBytes(reader, "brief.txt"), "Hallo");
+    EXPECT_EQ(ImageBytes(reader, letter), "Hallo");
+    const IsoTreeReader joliet(target.string(), IsoTreeView::Joliet);
+    EXPECT_NE(joliet.Find(letter + ";1"), nullptr);
+    EXPECT_NE(joliet.Find("Musik/tief/unten.bin;1"), nullptr);
 }
 
 TEST_F(BurnJobTest, SecondSessionKeepsTheFirstSessionsFiles) {
