@@ -1,3 +1,4 @@
+// The disc's fill and the compilation's bar: states, exact fits, proportions.
 #include "DiscUsage.h"
 
 #include <gtest/gtest.h>
@@ -11,15 +12,11 @@ constexpr int64_t kMB = 1048576;
 constexpr int64_t kSectorsPerMB = kMB / kDataBlockBytes;
 const NumberFormat kGerman{".", ","};
 
-// A drive in whatever state the test needs; it remembers the address it was asked about.
+// A drive with a medium in the state the test needs.
 class ScriptedService final : public IBurnService {
   public:
     explicit ScriptedService(MediaInfo media) : media_(media) {}
-    MediaInfo QueryMedia(const std::string& drive) override {
-        asked = drive;
-        return media_;
-    }
-    std::string asked;
+    MediaInfo QueryMedia(const std::string&) override { return media_; }
 
   private:
     MediaInfo media_;
@@ -30,131 +27,69 @@ DiskInfo Info(MediaState state, int64_t totalSectors = 0, int64_t freeBlocks = 0
     return GetDiskInfo(service, "/dev/sr0");
 }
 
-std::string Bracketed(const std::string& german) {
-    return "<" + german + ">";
+struct Checked {
+    DiskUsageView usage;
+    CompilationView compilation;
+};
+
+Checked Check(const DiskInfo& info, int64_t sum, int width = 100, const Translate& tr = nullptr) {
+    const DiskUsageView usage = ShowDiskUsage(info, width, tr);
+    return {usage, TotalSizeZusammenstellung(sum, usage.DiskCapacity, usage.DiskUsed, width,
+                                             usage.usedWidth, tr, kGerman)};
 }
 
-TEST(GetDiskInfo, BytesForEachState) {
-    ScriptedService service({MediaState::Blank, 100, 100});
-    const DiskInfo blank = GetDiskInfo(service, "stdio:/tmp/x.iso");
-    EXPECT_EQ(service.asked, "stdio:/tmp/x.iso");
-    EXPECT_EQ(blank.total, 204800);
-    EXPECT_EQ(blank.free, 204800);
+TEST(DiskUsage, NoDiscClosedDiscAndNoFreeSpace) {
+    const Checked none = Check(Info(MediaState::NoDisc, 100, 100), 5000);
+    EXPECT_FALSE(none.usage.barsShown);
+    EXPECT_EQ(none.usage.label4, "Keine Disk im Laufwerk");
+    EXPECT_EQ(none.compilation.label4, "Keine CD im Laufwerk!");
+    EXPECT_EQ(none.compilation.label5, "5 KB");
+    // A written disc without room reads as none.
+    EXPECT_EQ(Check(Info(MediaState::Appendable, 1000, 0), 1).usage.label4,
+              "Keine Disk im Laufwerk");
 
-    const DiskInfo appendable = Info(MediaState::Appendable, 100, 30);
-    EXPECT_EQ(appendable.total, 204800);
-    EXPECT_EQ(appendable.free, 61440);
+    const Checked closed = Check(Info(MediaState::Closed, 100, 0), kMB, 250);
+    EXPECT_EQ(closed.usage.usedWidth, 250);
+    EXPECT_EQ(closed.usage.label4, "100 % der Disk belegt");
+    EXPECT_EQ(closed.compilation.label4, "100 % der Disk belegt!");
+    EXPECT_EQ(closed.compilation.newWidth, 0);
+}
 
+TEST(DiskUsage, BlankDiscAndAnExactFitIsTooLarge) {
+    const DiskInfo blank = Info(MediaState::Blank, 702 * kSectorsPerMB, 702 * kSectorsPerMB);
+    const Checked exact = Check(blank, 702 * kMB);
+    EXPECT_EQ(exact.usage.label4, "0 % der Disk belegt 0 / 702 MB");
+    EXPECT_EQ(exact.compilation.label4, "Zusammenstellung zu groß für die Disk!");
+    EXPECT_EQ(exact.compilation.label5, "702,00 MB");
+    EXPECT_EQ(exact.compilation.newWidth, 100);
+    const Checked byteLess = Check(blank, 702 * kMB - 1);
+    EXPECT_EQ(byteLess.compilation.label4, "");
+    EXPECT_EQ(byteLess.compilation.newWidth, 99);
+    EXPECT_FALSE(Check(blank, 0).compilation.newShown);
     // More than 4 GiB does not wrap.
     EXPECT_EQ(Info(MediaState::Blank, 12219392, 12219392).total, 25025314816.0);
-
-    for (const MediaState empty :
-         {MediaState::NoService, MediaState::NoRecorder, MediaState::NoDisc}) {
-        const DiskInfo info = Info(empty, 100, 100);
-        EXPECT_EQ(info.total, 0);
-        EXPECT_EQ(info.free, 0);
-    }
-    const DiskInfo closed = Info(MediaState::Closed, 100, 0);
-    EXPECT_EQ(closed.total, -1);
-    EXPECT_EQ(closed.free, -1);
-}
-
-TEST(DiskUsage, NoDiscAndNoFreeSpaceReadAsNoDiscAndNoCompilationFits) {
-    for (const DiskInfo info : {Info(MediaState::NoDisc), Info(MediaState::NoRecorder),
-                                Info(MediaState::Appendable, 1000, 0)}) {
-        const DiskUsageView usage = ShowDiskUsage(info, 100, {});
-        EXPECT_EQ(usage.DiskCapacity, 0);
-        EXPECT_EQ(usage.DiskUsed, 0);
-        EXPECT_FALSE(usage.barsShown);
-        EXPECT_EQ(usage.label4, "Keine Disk im Laufwerk");
-        EXPECT_EQ(usage.label5, "");
-
-        const CompilationView compilation = TotalSizeZusammenstellung(
-            5000, usage.DiskCapacity, usage.DiskUsed, 100, usage.usedWidth, {}, kGerman);
-        EXPECT_EQ(compilation.label4, "Keine CD im Laufwerk!");
-        EXPECT_EQ(compilation.label5, "5 KB");
-        EXPECT_TRUE(compilation.newShown);
-        EXPECT_EQ(compilation.newWidth, 0);
-    }
-}
-
-TEST(DiskUsage, BlankDiscIsEmptyAndAnExactFitIsTooLarge) {
-    const DiskUsageView usage =
-        ShowDiskUsage(Info(MediaState::Blank, 702 * kSectorsPerMB, 702 * kSectorsPerMB), 100, {});
-    EXPECT_EQ(usage.label4, "0 % der Disk belegt 0 / 702 MB");
-    EXPECT_EQ(usage.label5, "0 MB");
-    EXPECT_EQ(usage.DiskCapacity, 702);
-    EXPECT_EQ(usage.DiskUsed, 0);
-    EXPECT_TRUE(usage.barsShown);
-    EXPECT_EQ(usage.usedWidth, 0);
-
-    const auto check = [&](int64_t sum) {
-        return TotalSizeZusammenstellung(sum, usage.DiskCapacity, usage.DiskUsed, 100,
-                                         usage.usedWidth, {}, kGerman);
-    };
-    const CompilationView exact = check(702 * kMB);
-    EXPECT_EQ(exact.label4, "Zusammenstellung zu groß für die Disk!");
-    EXPECT_EQ(exact.newWidth, 100);
-    EXPECT_EQ(exact.label5, "702,00 MB");
-    EXPECT_EQ(exact.sum, 702 * kMB);
-
-    const CompilationView byteLess = check(702 * kMB - 1);
-    EXPECT_EQ(byteLess.label4, "");
-    EXPECT_TRUE(byteLess.newShown);
-    EXPECT_EQ(byteLess.newWidth, 99);
-
-    const CompilationView nothing = check(0);
-    EXPECT_FALSE(nothing.newShown);
-    EXPECT_EQ(nothing.newWidth, 0);
-    EXPECT_EQ(nothing.label5, "0 Byte");
 }
 
 TEST(DiskUsage, WrittenDiscShowsWholeNumbersAndProportionalBars) {
     // 1000 MB in all, 250 MB and one block free: 749.998 MB used.
     const DiskInfo info =
         Info(MediaState::Appendable, 1000 * kSectorsPerMB, 250 * kSectorsPerMB + 1);
-    const DiskUsageView usage = ShowDiskUsage(info, 400, {});
-    EXPECT_EQ(usage.label4, "74 % der Disk belegt 749 / 1000 MB");
-    EXPECT_EQ(usage.label5, "749 MB");
-    EXPECT_EQ(usage.usedWidth, 299);
-    EXPECT_NEAR(usage.DiskUsed, 749.998, 0.001);
-
-    const auto check = [&](int64_t sum) {
-        return TotalSizeZusammenstellung(sum, usage.DiskCapacity, usage.DiskUsed, 400,
-                                         usage.usedWidth, {}, kGerman);
-    };
-    EXPECT_EQ(check(100 * kMB).newWidth, 40);
-    EXPECT_EQ(check(250 * kMB).label4, "");  // the free space less one block
-    const CompilationView tooLarge = check(250 * kMB + kDataBlockBytes);
-    EXPECT_EQ(tooLarge.label4, "Zusammenstellung zu groß für die Disk!");
-    EXPECT_EQ(tooLarge.newWidth, 400 - 299);
-}
-
-TEST(DiskUsage, ClosedDiscShowsTheFullBar) {
-    const DiskUsageView usage = ShowDiskUsage(Info(MediaState::Closed), 250, {});
-    EXPECT_EQ(usage.DiskCapacity, -1);
-    EXPECT_TRUE(usage.barsShown);
-    EXPECT_EQ(usage.usedWidth, 250);
-    EXPECT_EQ(usage.label4, "100 % der Disk belegt");
-    EXPECT_EQ(usage.label5, "");
-
-    const CompilationView compilation =
-        TotalSizeZusammenstellung(kMB, usage.DiskCapacity, usage.DiskUsed, 250, 250, {}, kGerman);
-    EXPECT_EQ(compilation.label4, "100 % der Disk belegt!");
-    EXPECT_TRUE(compilation.newShown);
-    EXPECT_EQ(compilation.newWidth, 0);
-
-    // Any other negative capacity leaves no room at all.
-    const CompilationView negative = TotalSizeZusammenstellung(0, -5, -10, 250, 0, {}, kGerman);
-    EXPECT_EQ(negative.label4, "Kein freier Speicher auf der Disk!");
-    EXPECT_FALSE(negative.newShown);
+    const Checked part = Check(info, 100 * kMB, 400);
+    EXPECT_EQ(part.usage.label4, "74 % der Disk belegt 749 / 1000 MB");
+    EXPECT_EQ(part.usage.usedWidth, 299);
+    EXPECT_EQ(part.compilation.newWidth, 40);
+    EXPECT_EQ(Check(info, 250 * kMB, 400).compilation.label4, "");  // the free space less a block
+    const Checked tooLarge = Check(info, 250 * kMB + kDataBlockBytes, 400);
+    EXPECT_EQ(tooLarge.compilation.label4, "Zusammenstellung zu groß für die Disk!");
+    EXPECT_EQ(tooLarge.compilation.newWidth, 400 - 299);
 }
 
 TEST(DiskUsage, TextsGoThroughTheTranslationNumbersDoNot) {
-    const DiskInfo blank = Info(MediaState::Blank, 702 * kSectorsPerMB, 702 * kSectorsPerMB);
-    EXPECT_EQ(ShowDiskUsage(blank, 100, Bracketed).label4, "0< % der Disk belegt >0 / 702 MB");
-    EXPECT_EQ(TotalSizeZusammenstellung(2 * kMB, 1, 0, 100, 0, Bracketed, kGerman).label4,
-              "<Zusammenstellung zu groß für die Disk!>");
+    const auto bracketed = [](const std::string& german) { return "<" + german + ">"; };
+    const Checked shown = Check(Info(MediaState::Blank, 2 * kSectorsPerMB, 2 * kSectorsPerMB),
+                                3 * kMB, 100, bracketed);
+    EXPECT_EQ(shown.usage.label4, "0< % der Disk belegt >0 / 2 MB");
+    EXPECT_EQ(shown.compilation.label4, "<Zusammenstellung zu groß für die Disk!>");
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// Erasing: the media that count as erasable, the question, the texts, eject after success only
-// (scripted), and a written "stdio:" file blanked through libisoburn (real).
+// Erasing: a written "stdio:" file blanked through libisoburn after the question (real), and the
+// media and failures only a real drive has (scripted).
 #include "EraseJob.h"
 
 #include <gtest/gtest.h>
@@ -8,8 +8,7 @@
 #include <fstream>
 
 #include "BurnTestHooks.h"
-#include "FolderListing.h"
-#include "IsoImage.h"
+#include "IsoImageCheck.h"
 #include "ScriptedBurnService.h"
 #include "common/ScratchFolder.h"
 
@@ -21,120 +20,75 @@ using burntest::RecordingEraseHooks;
 using burntest::ScriptedBurnService;
 using burntest::Seen;
 
-RecorderInfo Disc(int profile, MediaState state) {
-    RecorderInfo info;
-    info.profile = profile;
-    info.state = state;
-    return info;
-}
-
-EraseResult Erase(ScriptedBurnService& service, Seen& seen, bool answer = true, bool eject = true) {
-    return EraseDisk(service, {"/dev/sr0", eject}, RecordingEraseHooks(seen, answer));
-}
-
-TEST(EraseJob, OnlyCdRwAndDvdPlusRwCount) {
-    EXPECT_TRUE(IsErasableProfile(kProfileCdRw));
-    EXPECT_TRUE(IsErasableProfile(kProfileDvdPlusRw));
-    EXPECT_TRUE(IsErasableProfile(kProfileStdioFile));
-    EXPECT_FALSE(IsErasableProfile(kProfileDvdMinusRwOverwrite));
-    EXPECT_FALSE(IsErasableProfile(kProfileDvdMinusRwSequential));
-    EXPECT_FALSE(IsErasableProfile(0x09));  // CD-R
-    EXPECT_FALSE(IsErasableProfile(0x2a));  // DVD+RW dual layer
-
-    // DVD-RW, no disc, no recorder: the same message, nothing asked, nothing touched.
-    for (const RecorderInfo info : {Disc(kProfileDvdMinusRwSequential, MediaState::Appendable),
-                                    Disc(kProfileDvdMinusRwOverwrite, MediaState::Closed),
-                                    Disc(kProfileCdRw, MediaState::NoDisc)}) {
-        ScriptedBurnService service;
-        service.script.info = info;
-        Seen seen;
-        EXPECT_EQ(Erase(service, seen).outcome, EraseOutcome::NoDisc) << info.profile;
-        ASSERT_EQ(seen.messages.size(), 1u);
-        EXPECT_EQ(seen.messages[0].first, "Keine Disk zum Löschen vorhanden!");
-        EXPECT_EQ(seen.messages[0].second, MessageIcon::Exclamation);
-        EXPECT_TRUE(seen.questions.empty());
-        EXPECT_FALSE(service.calls.blanked);
-    }
-    ScriptedBurnService none;
-    none.script.opens = false;
-    Seen seen;
-    EXPECT_EQ(Erase(none, seen).outcome, EraseOutcome::NoDisc);
-}
-
-TEST(EraseJob, BlankCdRwIsNotAsked) {
-    ScriptedBurnService service;
-    service.script.info = Disc(kProfileCdRw, MediaState::Blank);
-    Seen seen;
-    EXPECT_EQ(Erase(service, seen).outcome, EraseOutcome::AlreadyBlank);
-    ASSERT_EQ(seen.messages.size(), 1u);
-    EXPECT_EQ(seen.messages[0].first, "Disk zum Löschen ist schon leer");
-    EXPECT_TRUE(seen.questions.empty());
-    EXPECT_FALSE(service.calls.blanked);
-}
-
-TEST(EraseJob, AnsweringNoTouchesNothing) {
-    ScriptedBurnService service;
-    service.script.info = Disc(kProfileDvdPlusRw, MediaState::Appendable);
-    Seen seen;
-    const EraseResult result = Erase(service, seen, false);
-    EXPECT_EQ(result.outcome, EraseOutcome::Declined);
-    EXPECT_EQ(seen.questions,
-              std::vector<std::string>{"Wollen sie alle Daten auf der Disk löschen?"});
-    EXPECT_TRUE(seen.messages.empty());
-    EXPECT_TRUE(seen.statuses.empty());
-    EXPECT_TRUE(seen.busy.empty());
-    EXPECT_FALSE(service.calls.blanked);
-    EXPECT_FALSE(service.calls.ejected);
-}
-
-TEST(EraseJob, ResultTextsAndEjectAfterSuccessOnly) {
-    ScriptedBurnService service;
-    service.script.info = Disc(kProfileCdRw, MediaState::Closed);
-    Seen seen;
-    const EraseResult done = Erase(service, seen);
-    EXPECT_EQ(done.outcome, EraseOutcome::Done);
-    EXPECT_EQ(seen.statuses,
-              (std::vector<std::string>{"Lösche Disk...", "Löschen erfolgreich abgeschlossen"}));
-    EXPECT_EQ(seen.busy, (std::vector<bool>{true, false}));
-    EXPECT_TRUE(seen.messages.empty());
-    EXPECT_TRUE(service.calls.blanked);
-    EXPECT_TRUE(done.ejected);
-
-    ScriptedBurnService failing;
-    failing.script.info = Disc(kProfileCdRw, MediaState::Closed);
-    failing.script.blankWorks = false;
-    Seen failed;
-    const EraseResult result = Erase(failing, failed);
-    EXPECT_EQ(result.outcome, EraseOutcome::Failed);
-    EXPECT_EQ(result.status, "Fehler beim Löschen!");
-    EXPECT_EQ(failed.busy, (std::vector<bool>{true, false}));
-    EXPECT_FALSE(failing.calls.ejected);
-}
-
-TEST(EraseJob, WrittenStdioFileIsBlankedThroughLibisoburn) {
+TEST(EraseJob, WrittenStdioFileIsBlankedOnlyAfterYes) {
     const fs::path root = test::ScratchFolder("burn");
     fs::create_directories(root / "quelle");
     std::ofstream(root / "quelle" / "datei.bin") << std::string(200000, 'x');
-    FolderListing listing;
-    ShowOrdnerInhalt((root / "quelle").string(), listing, {});
     const fs::path disc = root / "disk.iso";
-    ASSERT_EQ(CreateIsoImage({(root / "quelle").string(), "", disc.string()}, listing, {}).outcome,
-              IsoOutcome::Done);
+    ASSERT_EQ(isocheck::BuildImage(root / "quelle", disc).result.outcome, IsoOutcome::Done);
+    const std::string written = isocheck::FileBytes(disc);
     const auto service = MakeLibburnService();
     const std::string drive = "stdio:" + disc.string();
-    ASSERT_EQ(service->QueryMedia(drive).state, MediaState::Appendable);
+
+    Seen no;
+    EXPECT_EQ(EraseDisk(*service, {drive, true}, RecordingEraseHooks(no, false)).outcome,
+              EraseOutcome::Declined);
+    EXPECT_EQ(no.questions, std::vector<std::string>{kTextEraseQuestion});
+    EXPECT_TRUE(no.busy.empty());
+    EXPECT_EQ(isocheck::FileBytes(disc), written);
 
     Seen seen;
     const EraseResult result = EraseDisk(*service, {drive, true}, RecordingEraseHooks(seen));
     ASSERT_EQ(result.outcome, EraseOutcome::Done) << result.detail;
-    EXPECT_EQ(seen.questions.size(), 1u);
-    EXPECT_TRUE(result.ejected);  // a pseudo-drive has no tray: nothing happens
+    EXPECT_EQ(seen.statuses, (std::vector<std::string>{"Lösche Disk...", kTextEraseDone}));
+    EXPECT_EQ(seen.busy, (std::vector<bool>{true, false}));
     EXPECT_EQ(service->QueryMedia(drive).state, MediaState::Blank);
 
     Seen again;
     EXPECT_EQ(EraseDisk(*service, {drive, false}, RecordingEraseHooks(again)).outcome,
               EraseOutcome::AlreadyBlank);
+    EXPECT_EQ(
+        again.messages,
+        (decltype(again.messages){{"Disk zum Löschen ist schon leer", MessageIcon::Exclamation}}));
     EXPECT_TRUE(again.questions.empty());
+}
+
+// DVD-RW, CD-R, no disc, no recorder: the same message, nothing asked, nothing touched.
+TEST(EraseJob, WhatCannotBeErasedIsNotAsked) {
+    const std::pair<int, MediaState> media[] = {
+        {kProfileDvdMinusRwSequential, MediaState::Appendable},
+        {kProfileDvdMinusRwOverwrite, MediaState::Closed},
+        {0x09, MediaState::Closed},  // CD-R
+        {kProfileCdRw, MediaState::NoDisc},
+        {kProfileCdRw, MediaState::NoRecorder},
+    };
+    for (const auto& [profile, state] : media) {
+        SCOPED_TRACE(profile);
+        ScriptedBurnService service;
+        service.script.opens = state != MediaState::NoRecorder;
+        service.script.info.profile = profile;
+        service.script.info.state = state;
+        Seen seen;
+        EXPECT_EQ(EraseDisk(service, {"/dev/sr0", true}, RecordingEraseHooks(seen)).outcome,
+                  EraseOutcome::NoDisc);
+        EXPECT_EQ(seen.messages, (decltype(seen.messages){{"Keine Disk zum Löschen vorhanden!",
+                                                           MessageIcon::Exclamation}}));
+        EXPECT_TRUE(seen.questions.empty());
+        EXPECT_FALSE(service.calls.blanked);
+    }
+}
+
+TEST(EraseJob, FailedBlankingIsNotEjected) {
+    ScriptedBurnService service;
+    service.script.info.profile = kProfileDvdPlusRw;
+    service.script.info.state = MediaState::Closed;
+    service.script.blankWorks = false;
+    Seen seen;
+    const EraseResult result = EraseDisk(service, {"/dev/sr0", true}, RecordingEraseHooks(seen));
+    EXPECT_EQ(result.outcome, EraseOutcome::Failed);
+    EXPECT_EQ(result.status, "Fehler beim Löschen!");
+    EXPECT_EQ(seen.busy, (std::vector<bool>{true, false}));
+    EXPECT_FALSE(service.calls.ejected);
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <functional>
+#include <algorithm>
 #include <set>
 
 #include "IsoImageCheck.h"
@@ -27,28 +27,34 @@ TEST(IsoImageRules, FileSystemsTextsAndOutcomes) {
 
     EXPECT_EQ(NoFilesMessage("/home/a/Musik"),
               "Keine Datei in dem Quellpfad: \r\n/home/a/Musik gefunden!");
-    EXPECT_STREQ(IsoStatusText(IsoOutcome::Done), "Fertig");
-    EXPECT_STREQ(IsoStatusText(IsoOutcome::Failed), "Fehler!");
-    EXPECT_STREQ(IsoStatusText(IsoOutcome::Aborted), "Abbruch");
 }
 
-struct Quirk {
-    const char* name;
-    std::function<MadeTree(const fs::path&)> make;
-};
-
-void PrintTo(const Quirk& quirk, std::ostream* out) {
-    *out << quirk.name;
+// The names Joliet records in folder, without the version ";1" of files.
+std::vector<std::string> JolietNames(const IsoTreeReader& reader, const std::string& folder) {
+    std::vector<std::string> names;
+    for (const IsoTreeEntry& entry : reader.Entries()) {
+        if (entry.path.rfind(folder, 0) != 0 ||
+            entry.path.find('/', folder.size()) != std::string::npos)
+            continue;
+        std::string name = entry.path.substr(folder.size());
+        if (entry.kind == IsoEntryKind::File && name.ends_with(";1"))
+            name.resize(name.size() - 2);
+        names.push_back(name);
+    }
+    return names;
 }
 
-class IsoQuirkTree : public ::testing::TestWithParam<Quirk> {};
+bool Contains(const std::vector<std::string>& names, const std::string& name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
 
-// Rock Ridge shows the source exactly: folders (empty ones too), files with their bytes, modes
-// and times, links with their targets. Joliet and plain ISO 9660 hold every folder and file too.
-TEST_P(IsoQuirkTree, ComesBackWhole) {
+// Deep folders, non-ASCII, empty folders, long names, links. Rock Ridge shows the source exactly:
+// folders, files with their bytes, modes and times, links with their targets. Joliet and plain
+// ISO 9660 hold every folder and file too.
+TEST(IsoImage, QuirkTreeComesBackWhole) {
     const fs::path scratch = ScratchFolder("iso");
     const fs::path source = scratch / "quelle";
-    const MadeTree made = GetParam().make(source);
+    const MadeTree made = treegen::MakeAllQuirks(source);
     const fs::path image = scratch / "bild.iso";
     const ImageRun run = BuildImage(source, image);
     ASSERT_EQ(run.result.outcome, IsoOutcome::Done) << run.result.detail;
@@ -82,50 +88,11 @@ TEST_P(IsoQuirkTree, ComesBackWhole) {
         EXPECT_EQ(folders, made.folders.size()) << static_cast<int>(view);
         EXPECT_EQ(files, made.files.size() + links) << static_cast<int>(view);
     }
-}
 
-INSTANTIATE_TEST_SUITE_P(
-    Trees, IsoQuirkTree,
-    ::testing::Values(Quirk{"Deep", [](const fs::path& r) { return treegen::MakeDeepFolders(r); }},
-                      Quirk{"NonAscii", treegen::MakeNonAsciiNames},
-                      Quirk{"Empty", treegen::MakeEmptyFolders},
-                      Quirk{"Long", treegen::MakeLongNames},
-                      Quirk{"Links", treegen::MakeSymbolicLinks},
-                      Quirk{"All", treegen::MakeAllQuirks}),
-    [](const auto& param) { return std::string(param.param.name); });
-
-// The names Joliet records, without the version ";1" of files.
-std::vector<std::string> JolietNames(const IsoTreeReader& reader, const std::string& folder) {
-    std::vector<std::string> names;
-    for (const IsoTreeEntry& entry : reader.Entries()) {
-        if (entry.path.rfind(folder, 0) != 0 ||
-            entry.path.find('/', folder.size()) != std::string::npos)
-            continue;
-        std::string name = entry.path.substr(folder.size());
-        if (entry.kind == IsoEntryKind::File && name.ends_with(";1"))
-            name.resize(name.size() - 2);
-        names.push_back(name);
-    }
-    return names;
-}
-
-bool Contains(const std::vector<std::string>& names, const std::string& name) {
-    return std::find(names.begin(), names.end(), name) != names.end();
-}
-
-TEST(IsoJolietNames, LongNamesCutUniqueNonAsciiKept) {
-    const fs::path scratch = ScratchFolder("iso");
-    treegen::MakeLongNames(scratch / "quelle" / "lang");
-    treegen::MakeNonAsciiNames(scratch / "quelle" / "umlaute");
-    treegen::MakeSymbolicLinks(scratch / "quelle" / "links");
-    const ImageRun run = BuildImage(scratch / "quelle", scratch / "bild.iso");
-    ASSERT_EQ(run.result.outcome, IsoOutcome::Done) << run.result.detail;
-    const IsoTreeReader reader((scratch / "bild.iso").string(), IsoTreeView::Joliet);
-    ASSERT_TRUE(reader.ok()) << reader.error();
-
+    const IsoTreeReader joliet(image.string(), IsoTreeView::Joliet);
     // Up to 103 characters a name stays whole (64 is only Joliet's original limit).
     const treegen::LongNames names = treegen::LongNameSet();
-    const std::vector<std::string> lang = JolietNames(reader, "lang/");
+    const std::vector<std::string> lang = JolietNames(joliet, "lang/");
     for (const std::string* whole :
          {&names.len64, &names.len65, &names.len103, &names.twin80a, &names.twin80b})
         EXPECT_TRUE(Contains(lang, *whole)) << *whole;
@@ -144,12 +111,11 @@ TEST(IsoJolietNames, LongNamesCutUniqueNonAsciiKept) {
     EXPECT_TRUE(Contains(lang, names.folder120.substr(0, 103)));
 
     // UTF-16 keeps umlauts, ß, Cyrillic letters and emoji.
-    const std::vector<std::string> umlaute = JolietNames(reader, "umlaute/");
+    const std::vector<std::string> umlaute = JolietNames(joliet, "umlaute/");
     for (const char* name : {"Größe.txt", "Übermaß äöü ÄÖÜ ß.txt", "Кириллица.txt",
                              "Musik 🎵 und Spaß 😀.txt", "Ordner 📁", "Straße", "папка"})
         EXPECT_TRUE(Contains(umlaute, name)) << name;
-    // Joliet has no links; its tree holds the files and folders only.
-    EXPECT_EQ(JolietNames(reader, "links/"), (std::vector<std::string>{"ordner", "ziel.txt"}));
+    EXPECT_EQ(JolietNames(joliet, "links/"), (std::vector<std::string>{"ordner", "ziel.txt"}));
 }
 
 TEST(IsoVolumeName, GivenOrDefault) {

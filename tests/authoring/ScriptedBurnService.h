@@ -1,5 +1,5 @@
-// A burn service whose drive and medium a test scripts: the states, refusals and progress no
-// drive here can produce. It records what the jobs asked the recorder to do.
+// A burn service whose drive and medium a test scripts: the states and refusals no "stdio:"
+// pseudo-drive can produce. It records what the jobs asked the recorder to do.
 #pragma once
 
 #include <algorithm>
@@ -7,8 +7,8 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
+#include "BurnProgress.h"
 #include "BurnService.h"
 #include "CompilationImage.h"
 
@@ -16,12 +16,9 @@ namespace plattmix::authoring::burntest {
 
 struct Script {
     bool opens = true;
-    MediaState why = MediaState::NoRecorder;  // when it does not open
     RecorderInfo info;
-    bool imageLoads = true;
     WriteError startError = WriteError::None;
-    // What Poll reports while the write runs, in order; after the last one the drive is idle.
-    std::vector<WriteProgress> progress;
+    int runningPolls = 0;  // how often Poll reports data being written before the drive is idle
     WriteError finishError = WriteError::None;
     bool blankWorks = true;
     // What the drive reads back after the write, from block 0 on; reading stops before the
@@ -31,13 +28,9 @@ struct Script {
 };
 
 struct Calls {
-    int opened = 0;
-    bool imageLoaded = false;
-    int isoWrites = 0;
-    int imageWrites = 0;
+    int writes = 0;
     std::optional<bool> closeDisc;
     bool cancelled = false;
-    std::optional<bool> keepSession;
     bool blanked = false;
     bool ejected = false;
 };
@@ -49,52 +42,35 @@ class ScriptedRecorder final : public IRecorder {
     RecorderInfo Info() override { return script_.info; }
 
     Iso_Image* LoadImage() override {
-        calls_.imageLoaded = true;
-        if (!script_.imageLoads)
-            return nullptr;
         if (!image_)
             image_ = NewEmptyIsoImage("Alt");
         return image_.get();
     }
 
-    WriteError StartImageWrite(bool closeDisc) override {
-        ++calls_.imageWrites;
-        return Start(closeDisc);
-    }
+    WriteError StartImageWrite(bool closeDisc) override { return Start(closeDisc); }
     WriteError StartIsoWrite(const std::string&, bool closeDisc) override {
-        ++calls_.isoWrites;
         return Start(closeDisc);
     }
 
     WriteProgress Poll() override {
-        if (calls_.cancelled || next_ >= script_.progress.size()) {
-            WriteProgress idle;
-            idle.running = false;
-            return idle;
-        }
-        return script_.progress[next_++];
+        WriteProgress progress;
+        progress.running = !calls_.cancelled && polls_++ < script_.runningPolls;
+        progress.action = kActionWritingData;
+        return progress;
     }
 
     void CancelWrite() override { calls_.cancelled = true; }
 
-    WriteError FinishWrite(bool keepSession) override {
-        calls_.keepSession = keepSession;
+    WriteError FinishWrite(bool) override {
         return calls_.cancelled ? WriteError::Failed : script_.finishError;
     }
 
-    bool StartQuickBlank() override {
-        calls_.blanked = true;
-        return true;
-    }
+    bool StartQuickBlank() override { return calls_.blanked = true; }
     bool FinishBlank() override { return script_.blankWorks; }
-
-    bool Eject() override {
-        calls_.ejected = true;
-        return true;
-    }
-
+    bool Eject() override { return calls_.ejected = true; }
     bool ReloadMedium() override { return true; }
     int64_t WrittenStartLba() const override { return 0; }
+
     size_t ReadData(int64_t lba, char* data, size_t size) override {
         const auto from = static_cast<size_t>(lba) * 2048;
         size_t end = std::min(from + size, script_.readBack.size());
@@ -106,11 +82,11 @@ class ScriptedRecorder final : public IRecorder {
         return end - from;
     }
     Iso_Image* ReadBackImage() override { return nullptr; }
-
     std::string LastMessage() const override { return {}; }
 
   private:
     WriteError Start(bool closeDisc) {
+        ++calls_.writes;
         calls_.closeDisc = closeDisc;
         return script_.startError;
     }
@@ -118,7 +94,7 @@ class ScriptedRecorder final : public IRecorder {
     const Script& script_;
     Calls& calls_;
     std::shared_ptr<Iso_Image> image_;
-    size_t next_ = 0;
+    int polls_ = 0;
 };
 
 class ScriptedBurnService final : public IBurnService {
@@ -129,26 +105,12 @@ class ScriptedBurnService final : public IBurnService {
     MediaInfo QueryMedia(const std::string&) override { return {}; }
 
     std::unique_ptr<IRecorder> OpenRecorder(const std::string&, MediaState& why) override {
-        ++calls.opened;
         if (!script.opens) {
-            why = script.why;
+            why = MediaState::NoRecorder;
             return nullptr;
         }
         return std::make_unique<ScriptedRecorder>(script, calls);
     }
 };
-
-// A progress record of the given action.
-inline WriteProgress Progress(int action, int elapsed = 0, int total = 0, int64_t start = 0,
-                              int64_t last = 0, int64_t count = 0) {
-    WriteProgress progress;
-    progress.action = action;
-    progress.elapsedSeconds = elapsed;
-    progress.totalSeconds = total;
-    progress.startLba = start;
-    progress.lastWrittenLba = last;
-    progress.sectorCount = count;
-    return progress;
-}
 
 }  // namespace plattmix::authoring::burntest

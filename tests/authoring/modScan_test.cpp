@@ -44,7 +44,6 @@ TEST_F(OrdnerGroesseTest, SumsTheTreeWithOrWithoutSlashAndPollsBeforeEachEntry) 
     EXPECT_EQ(escapeQueries, 4 + 2 * 3 + 1);
 
     EXPECT_EQ(OrdnerGroesse(path, state, {}), "");  // no hooks, path already with its slash
-    EXPECT_EQ(path, root.string() + "/");
     EXPECT_EQ(state.ScanTotal, 2 * 32107);
 }
 
@@ -70,13 +69,10 @@ TEST_F(OrdnerGroesseTest, SizesAboveFourGiBFileSizesAndNoAccess) {
     EXPECT_EQ(Scan(root.string()), "");
     EXPECT_EQ(state.ScanTotal, 9 * kGiB + 1);
     EXPECT_EQ(DateiGroesse((root / "five").string()), 5 * kGiB);
-    EXPECT_EQ(DateiGroesse((root / "missing").string()), -1);
     EXPECT_EQ(DateiGroesse(root.string()), -1);
     EXPECT_EQ(FindDataGroesse(0x80000000u, 1), 6442450944u);  // both words unsigned
 
-    std::string missing = (root / "missing").string();
-    EXPECT_EQ(OrdnerGroesse(missing, state, counting), "Kein Zugriff");
-    EXPECT_EQ(missing, (root / "missing/").string());
+    EXPECT_EQ(Scan((root / "missing").string()), "Kein Zugriff");
     EXPECT_EQ(Scan((root / "five").string()), "Kein Zugriff");
     EXPECT_EQ(state.ScanTotal, 9 * kGiB + 1);
 }

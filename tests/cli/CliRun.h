@@ -1,6 +1,8 @@
 // Runs plattmix-cli's words as the program does, its output and exit code kept for the tests.
 #pragma once
 
+#include <cstdlib>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -34,5 +36,27 @@ inline CliRun RunCommandWords(const std::string& command, std::vector<std::strin
     words.insert(words.begin(), command);
     return RunCli(words, terminal);
 }
+
+// Sets an environment variable for the object's lifetime.
+class ScopedEnv {
+  public:
+    ScopedEnv(const char* name, const std::string& value) : name_(name) {
+        if (const char* old = std::getenv(name))
+            old_ = old;
+        setenv(name, value.c_str(), 1);
+    }
+    ~ScopedEnv() {
+        if (old_)
+            setenv(name_, old_->c_str(), 1);
+        else
+            unsetenv(name_);
+    }
+    ScopedEnv(const ScopedEnv&) = delete;
+    ScopedEnv& operator=(const ScopedEnv&) = delete;
+
+  private:
+    const char* name_;
+    std::optional<std::string> old_;
+};
 
 }  // namespace plattmix::clitest

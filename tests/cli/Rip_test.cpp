@@ -1,33 +1,69 @@
-// plattmix-cli rip over generated discs: the files, their names, the options' errors.
+// plattmix-cli rip and toc over a generated disc: the option words and their errors, the lines
+// the command prints, and the online options against a local server standing in for MusicBrainz
+// and AccurateRip (no request without them).
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <sstream>
 
+#include "AccurateRipFile.h"
+#include "AccurateRipIds.h"
 #include "CliRun.h"
 #include "Commands.h"
+#include "DiscId.h"
 #include "DiscWriter.h"
+#include "DriveList.h"
 #include "Fixtures.h"
 #include "MediaProbe.h"
-#include "ProgressBar.h"
 #include "RipCommand.h"
+#include "common/LocalHttpServer.h"
+#include "common/MusicBrainzReply.h"
 #include "common/ScratchFolder.h"
+#include "imagedrive/clsImageDrive.h"
+#include "modSettings.h"
 
 using namespace plattmix;
 using namespace plattmix::cli;
+using plattmix::clitest::CliRun;
+using plattmix::clitest::RunCommandWords;
 namespace fs = std::filesystem;
 
 namespace {
 
-using Ripped = plattmix::clitest::CliRun;
-
-Ripped Rip(std::vector<std::string> words, bool terminal = false) {
-    return plattmix::clitest::RunCommandWords("rip", std::move(words), terminal);
+bool Has(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
 }
+
+class CliRip : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        auto written = discgen::WriteDisc(discgen::AudioThreeTracks(), folder / "disc");
+        ASSERT_TRUE(written.ok()) << written.error;
+        disc = std::move(*written.value);
+        cue = disc.cuePath.string();
+        shell::EnsureSettingsFile(settings);
+    }
+
+    CliRun Rip(const std::string& out, std::vector<std::string> extra, bool terminal = false) {
+        std::vector<std::string> words = {"--drive", cue, "--out", (folder / out).string()};
+        words.insert(words.end(), extra.begin(), extra.end());
+        return RunCommandWords("rip", words, terminal);
+    }
+    std::map<std::string, std::string> TagsOf(const fs::path& file) {
+        const auto probed = encode::ProbeAudioFile((folder / file).string());
+        return probed ? probed->tags : std::map<std::string, std::string>{};
+    }
+
+    const fs::path folder = test::ScratchFolder("cli");
+    clitest::ScopedEnv appData{"APPDATA", (folder / "appdata").string()};
+    const shell::SettingsPaths settings = shell::ComputeSettingsPaths();
+    test::LocalHttpServer server;
+    discgen::DiscDescription disc;
+    std::string cue;
+};
 
 }  // namespace
 
-TEST(CliRip, TrackListsAreRowPositions) {
+TEST(CliRipTracks, ListsAreRowPositions) {
     EXPECT_EQ(ParseTrackList("1,3-5", 6), (std::vector<int>{1, 3, 4, 5}));
     EXPECT_EQ(ParseTrackList("2,2,1", 3), (std::vector<int>{1, 2}));
     for (const char* bad : {"", "0", "7", "3-1", "1,", "a", "1-", "-2", "1..3"}) {
@@ -35,81 +71,106 @@ TEST(CliRip, TrackListsAreRowPositions) {
     }
 }
 
-TEST(CliRip, WritesTheChosenTracksUnderTheChosenNames) {
-    const auto folder = test::ScratchFolder("cli");
-    const auto disc = discgen::WriteDisc(discgen::AudioThreeTracks(), folder / "disc");
-    ASSERT_TRUE(disc.ok()) << disc.error;
-    const std::string cue = disc.value->cuePath.string();
-    const auto& tracks = disc.value->tracks;
+TEST_F(CliRip, ChosenTracksUnderTheChosenNamesWithBarOrLines) {
+    shell::WriteIni(settings, "Diskolo", "MusicBrainzServer", server.Url());
+    shell::WriteIni(settings, "Diskolo", "AccurateRip", server.Url());
+    const CliRun plain = Rip("neu/ordner", {"--tracks", "1,3"});
+    EXPECT_EQ(plain.code, kExitDone) << plain.err;
+    EXPECT_TRUE(fs::exists(folder / "neu/ordner/Track02.wav"));  // running numbers 01 and 02
+    EXPECT_TRUE(Has(plain.out, "Track01.wav -->Fertig\n")) << plain.out;
+    EXPECT_TRUE(Has(plain.out, "Track 01: ")) << plain.out;  // lines, no bar
+    EXPECT_FALSE(Has(plain.out, "\r"));
 
-    const Ripped running =
-        Rip({"--drive", cue, "--tracks", "1,3", "--out", (folder / "neu" / "ordner").string()});
-    EXPECT_EQ(running.code, kExitDone) << running.err;
-    // Running numbers 01 and 02. A track ends one sector before the next one starts; the last
-    // track also loses the two seconds before the lead-out.
-    const auto sizeOf = [&](const fs::path& p) { return fs::exists(p) ? fs::file_size(p) : 0; };
-    EXPECT_EQ(sizeOf(folder / "neu/ordner/Track01.wav"),
-              44u + static_cast<uintmax_t>(tracks[0].lengthSectors - 1) * 2352u);
-    EXPECT_EQ(sizeOf(folder / "neu/ordner/Track02.wav"),
-              44u + static_cast<uintmax_t>(tracks[2].lengthSectors - 1 - 150) * 2352u);
-    EXPECT_NE(running.out.find("Track01.wav -->Fertig"), std::string::npos) << running.out;
-
-    const Ripped byTrack = Rip({"--drive", cue, "--tracks", "3", "--out", folder.string(),
-                                "--prefix", "Lied", "--number", "track", "--number-first"});
+    const CliRun byTrack =
+        Rip("", {"--tracks", "3", "--prefix", "Lied", "--number", "track", "--number-first"}, true);
     EXPECT_EQ(byTrack.code, kExitDone) << byTrack.err;
     EXPECT_TRUE(fs::exists(folder / "03Lied.wav"));
+    EXPECT_TRUE(Has(byTrack.out, "\r["));
+
+    EXPECT_EQ(Rip("", {"--tracks", "2", "--format", "flac"}).code, kExitDone);
+    EXPECT_EQ(TagsOf("Track01.flac")["title"], disc.tracks[1].title);
+    EXPECT_TRUE(server.Requests().empty());  // nobody asked without the options
 }
 
-TEST(CliRip, ProgressIsABarOnATerminalAndLinesOtherwise) {
-    const auto folder = test::ScratchFolder("cli");
-    const auto disc = discgen::WriteDisc(discgen::TinyTracks(), folder / "disc");
-    ASSERT_TRUE(disc.ok()) << disc.error;
-    const Ripped terminal =
-        Rip({"--drive", disc.value->cuePath.string(), "--out", folder.string()}, true);
-    EXPECT_NE(terminal.out.find("\r["), std::string::npos);
-    const Ripped plain = Rip({"--drive", disc.value->cuePath.string(), "--out", folder.string()});
-    EXPECT_EQ(plain.out.find('\r'), std::string::npos);
-    EXPECT_NE(plain.out.find("Track 01: "), std::string::npos) << plain.out;
-}
-
-TEST(CliRip, BadOptionsAreUsageErrors) {
-    const auto folder = test::ScratchFolder("cli");
-    const auto disc = discgen::WriteDisc(discgen::AudioThreeTracks(), folder / "disc");
-    ASSERT_TRUE(disc.ok()) << disc.error;
-    const std::string cue = disc.value->cuePath.string();
-    EXPECT_EQ(Rip({"--drive", cue}).code, kExitUsage);  // no --out
-    EXPECT_EQ(Rip({"--drive", cue, "--out", "x", "--format", "ogg"}).code, kExitUsage);
-    EXPECT_EQ(Rip({"--drive", cue, "--out", "x", "--number", "odd"}).code, kExitUsage);
-    EXPECT_EQ(Rip({"--drive", cue, "--out", folder.string(), "--tracks", "4"}).code, kExitUsage);
-    EXPECT_FALSE(fs::exists("x"));
+TEST_F(CliRip, BadOptionsAreUsageErrors) {
+    for (const std::vector<std::string>& extra :
+         std::vector<std::vector<std::string>>{{"--format", "ogg"},
+                                               {"--number", "odd"},
+                                               {"--tracks", "4"},
+                                               {"--release", "2"},    // only with --musicbrainz
+                                               {"--offset", "5"}}) {  // only with --secure
+        EXPECT_EQ(Rip("x", extra).code, kExitUsage) << extra[0];
+    }
+    EXPECT_EQ(RunCommandWords("rip", {"--drive", cue}).code, kExitUsage);  // no --out
+    EXPECT_FALSE(fs::exists(folder / "x"));
 
     // Data tracks are imaged, not ripped: named, refused; unnamed, left out.
     const auto mixed = discgen::WriteDisc(discgen::DataTrackFirst(), folder / "mixed");
     ASSERT_TRUE(mixed.ok()) << mixed.error;
-    const std::string mixedCue = mixed.value->cuePath.string();
-    EXPECT_EQ(Rip({"--drive", mixedCue, "--out", folder.string(), "--tracks", "1"}).code,
-              kExitUsage);
-    const Ripped audioOnly = Rip({"--drive", mixedCue, "--out", (folder / "m").string()});
+    cue = mixed.value->cuePath.string();
+    EXPECT_EQ(Rip("m", {"--tracks", "1"}).code, kExitUsage);
+    const CliRun audioOnly = Rip("m", {});
     EXPECT_EQ(audioOnly.code, kExitDone) << audioOnly.err;
     EXPECT_TRUE(fs::exists(folder / "m" / "Track01.wav"));  // the first audio track, running 01
-    EXPECT_EQ(audioOnly.out.find("Track 01:"), std::string::npos) << audioOnly.out;
+    EXPECT_FALSE(Has(audioOnly.out, "Track 01:")) << audioOnly.out;
 }
 
-TEST(CliRip, OtherFormatsAreEncodedWithTheDiscsTags) {
-    const auto folder = test::ScratchFolder("cli");
-    const auto disc = discgen::WriteDisc(discgen::AudioThreeTracks(), folder / "disc");
-    ASSERT_TRUE(disc.ok()) << disc.error;
-    const std::string cue = disc.value->cuePath.string();
-    for (const char* format : {"mp3", "flac"}) {
-        SCOPED_TRACE(format);
-        const Ripped ripped =
-            Rip({"--drive", cue, "--tracks", "2", "--out", folder.string(), "--format", format});
-        EXPECT_EQ(ripped.code, kExitDone) << ripped.err;
-        const auto probed =
-            encode::ProbeAudioFile((folder / ("Track01." + std::string(format))).string());
-        ASSERT_TRUE(probed);
-        EXPECT_EQ(probed->codec, format);
-        EXPECT_EQ(probed->tags.at("title"), disc.value->tracks[1].title);
-        EXPECT_EQ(probed->tags.at("track"), "2/3");
+TEST_F(CliRip, MusicBrainzTitlesAndReleases) {
+    scsi::imagedrive::clsImageDrive drive;
+    const auto handle = drive.AddDrive(cue);
+    ASSERT_TRUE(handle.ok()) << handle.Error();
+    const std::string id = audiocd::MusicBrainzDiscId(
+        *audiocd::DiscIdTocOf(audiocd::ReadTrackList(drive, handle.Value())));
+    server.Set(test::MusicBrainzPath(id),
+               {200, test::MusicBrainzReply(
+                         id, {{"rel-1", "Großes Album", "Kapelle", "1999-02-03", {"Eins", "Zwei"}},
+                              {"rel-2", "Neuauflage", "Kapelle", "2005", {"Eins (neu)"}}})});
+    shell::WriteIni(settings, "Diskolo", "MusicBrainzServer", server.Url());
+
+    const CliRun run = Rip("mb", {"--tracks", "2", "--format", "flac", "--musicbrainz"});
+    ASSERT_EQ(run.code, kExitDone) << run.err;
+    EXPECT_TRUE(Has(run.out, "MusicBrainz: Großes Album – Kapelle\n")) << run.out;
+    EXPECT_EQ(TagsOf("mb/Track01.flac")["title"], "Zwei");
+
+    const CliRun toc = RunCommandWords("toc", {"--drive", cue, "--musicbrainz", "--release", "2"});
+    ASSERT_EQ(toc.code, kExitDone) << toc.err;
+    EXPECT_TRUE(Has(toc.out, "  1: Großes Album – Kapelle (1999-02-03, rel-1)\n")) << toc.out;
+    EXPECT_TRUE(Has(toc.out, "Audio   Eins (neu)\n")) << toc.out;
+    EXPECT_EQ(RunCommandWords("toc", {"--drive", cue, "--musicbrainz", "--release", "3"}).code,
+              kExitUsage);
+
+    // Without a server the CD-Text stays and one line says so.
+    {
+        const test::LocalHttpServer gone;
+        shell::WriteIni(settings, "Diskolo", "MusicBrainzServer", gone.Url());
     }
+    const CliRun offline = Rip("ohne", {"--tracks", "1", "--format", "flac", "--musicbrainz"});
+    ASSERT_EQ(offline.code, kExitDone) << offline.err;
+    EXPECT_TRUE(Has(offline.out, "Titelsuche bei MusicBrainz fehlgeschlagen: ")) << offline.out;
+    EXPECT_EQ(TagsOf("ohne/Track01.flac")["title"], "Spur 01");
+}
+
+// The verdict beside each track with the drive's offset from the settings and --offset over it;
+// Rip.log and Rip.cue beside the files.
+TEST_F(CliRip, SecureRipAgainstTheAccurateRipRecord) {
+    const auto response = discgen::AccurateRipResponseOf(disc, 12);
+    ASSERT_TRUE(response.ok()) << response.error;
+    server.Set("/" + audiocd::AccurateRipRecordPath(response.value->ids),
+               {200, discgen::MakeAccurateRipFile({&*response.value, 1})});
+    shell::WriteIni(settings, "Diskolo", "AccurateRip", server.Url());
+    scsi::imagedrive::clsImageDrive drive;
+    const auto handle = drive.AddDrive(cue);
+    ASSERT_TRUE(handle.ok()) << handle.Error();
+    shell::WriteIni(settings, "Laufwerksversatz",
+                    audiocd::DriveIdentification(drive, handle.Value()), "+30");
+
+    const CliRun shifted = Rip("versetzt", {"--format", "flac", "--secure"});
+    EXPECT_TRUE(Has(shifted.out, "Track01.flac -->Fertig (AccurateRip: abweichend)"))
+        << shifted.out << shifted.err;
+    const CliRun exact = Rip("genau", {"--format", "flac", "--secure", "--offset", "0"});
+    EXPECT_EQ(exact.code, kExitDone) << exact.out << exact.err;
+    EXPECT_TRUE(Has(exact.out, "Track03.flac -->Fertig (AccurateRip: übereinstimmend, 12)"))
+        << exact.out;
+    EXPECT_TRUE(fs::exists(folder / "genau" / "Rip.log"));
+    EXPECT_TRUE(fs::exists(folder / "genau" / "Rip.cue"));
 }
