@@ -1,4 +1,4 @@
-// What lands on disk beyond what the image drive reads back: the same bytes on every run, data
+// What lands on disk beyond what the image drive reads back: a description without writing, data
 // sectors that name their address, audio that sounds like music, failures as text.
 #include "DiscWriter.h"
 
@@ -31,22 +31,20 @@ int SampleAt(const std::string& bytes, size_t index) {
         static_cast<uint8_t>(bytes[index * 2]) | static_cast<uint8_t>(bytes[index * 2 + 1]) << 8));
 }
 
-TEST(DiscWriter, SameRecipeGivesTheSameBytesAndTheSameDescription) {
+// Describing without writing gives what writing gives: the sheet and every checksum. (Writing
+// twice gives the same bytes: the demo disc's test rebuilds it.)
+TEST(DiscWriter, DescribingADiscAgreesWithWritingIt) {
     const auto root = ScratchFolder();
     for (const DiscSpec& spec : {Pregap(), DataTrackFirst(), MultiFile()}) {
         SCOPED_TRACE(spec.name);
-        const DiscDescription a = Written(spec, root / "a");
-        const DiscDescription b = Written(spec, root / "b");
-        EXPECT_EQ(FileBytes(a.cuePath), FileBytes(b.cuePath));
-        const Result<DiscDescription> described = DescribeDisc(spec, root / "a");
-        ASSERT_TRUE(described.ok() && a.files.size() == b.files.size());
-        EXPECT_EQ(described.value->cueText, a.cueText);
-        for (size_t i = 0; i < a.files.size(); ++i) {
-            EXPECT_EQ(FileBytes(a.files[i].path), FileBytes(b.files[i].path));
-            EXPECT_EQ(described.value->files[i].crc32, a.files[i].crc32);
-        }
-        for (size_t i = 0; i < a.tracks.size(); ++i)
-            EXPECT_EQ(described.value->tracks[i].crc32, a.tracks[i].crc32);
+        const DiscDescription written = Written(spec, root);
+        const Result<DiscDescription> described = DescribeDisc(spec, root);
+        ASSERT_TRUE(described.ok()) << described.error;
+        EXPECT_EQ(described.value->cueText, written.cueText);
+        for (size_t i = 0; i < written.files.size(); ++i)
+            EXPECT_EQ(described.value->files[i].crc32, written.files[i].crc32);
+        for (size_t i = 0; i < written.tracks.size(); ++i)
+            EXPECT_EQ(described.value->tracks[i].crc32, written.tracks[i].crc32);
     }
 }
 
