@@ -79,7 +79,8 @@ void ExpectTocMatches(Loaded& l) {
     }
 }
 
-// The sheet as the drive's loader reads it: the texts and the sessions' lead-outs.
+// The sheet as the drive's loader reads it: the texts, the tracks' spans and the sessions'
+// lead-outs.
 void ExpectSheetMatches(const DiscDescription& d) {
     const auto image = scsi::imagedrive::LoadImage(d.cuePath.string());
     ASSERT_TRUE(image.ok()) << image.Error();
@@ -87,12 +88,20 @@ void ExpectSheetMatches(const DiscDescription& d) {
     EXPECT_EQ(disc.title, d.title);
     EXPECT_EQ(disc.performer, d.performer);
     ASSERT_EQ(disc.tracks.size(), d.tracks.size());
+    ASSERT_EQ(disc.sessions.size(), d.sessions.size());
     for (size_t i = 0; i < d.tracks.size(); ++i) {
+        // A track's span ends where the next track of its session starts, the session's last
+        // at the session's lead-out.
+        const int session = disc.tracks[i].session;
+        const bool last = i + 1 == d.tracks.size() || disc.tracks[i + 1].session != session;
+        EXPECT_EQ(d.tracks[i].startLba + d.tracks[i].lengthSectors,
+                  last ? disc.sessions[static_cast<size_t>(session - 1)].leadOut
+                       : disc.tracks[i + 1].start)
+            << i;
         EXPECT_EQ(disc.tracks[i].title, d.tracks[i].title) << i;
         EXPECT_EQ(disc.tracks[i].performer, d.tracks[i].performer) << i;
         EXPECT_EQ(disc.tracks[i].session, d.tracks[i].session) << i;
     }
-    ASSERT_EQ(disc.sessions.size(), d.sessions.size());
     for (size_t s = 0; s < d.sessions.size(); ++s)
         EXPECT_EQ(disc.sessions[s].leadOut, d.sessions[s].leadOutLba) << s;
     for (const FileInfo& file : d.files)
