@@ -28,7 +28,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     fuzz::ScriptedDrive drive;
     std::vector<uint8_t> scripted{0, 0, 0, 0};
     scripted.insert(scripted.end(), reply.begin(), reply.end());
-    drive.Script(fuzz::ScriptedDrive::ReadTocKey(scsi::kTocFormatCdText, false), scripted);
+    drive.Script(fuzz::ScriptedDrive::Key(scsi::kOpReadToc, scsi::kTocFormatCdText), scripted);
     audiocd::ReadCdText(drive, "sr0");
     return 0;
 }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -13,18 +14,15 @@
 
 namespace {
 
-// The lines a list file can carry: valid UTF-8 (the writer's input), no CR LF, not empty.
+// The lines a list file can carry: valid UTF-8 (the writer's input), no CR LF, not empty; here
+// printable ASCII.
 std::vector<std::string> ListLines(std::string_view text) {
     std::vector<std::string> lines;
-    size_t start = 0;
-    while (start <= text.size()) {
-        const size_t end = std::min(text.find('\0', start), text.size());
-        std::string line(text.substr(start, end - start));
-        const bool ascii =
-            std::all_of(line.begin(), line.end(), [](char c) { return c >= 0x20 && c < 0x7F; });
-        if (!line.empty() && ascii)
-            lines.push_back(std::move(line));
-        start = end + 1;
+    std::istringstream in{std::string(text)};
+    for (std::string line; std::getline(in, line, '\0');) {
+        if (!line.empty() &&
+            std::all_of(line.begin(), line.end(), [](char c) { return c >= 0x20 && c < 0x7F; }))
+            lines.push_back(line);
     }
     return lines;
 }
@@ -34,7 +32,7 @@ std::vector<std::string> ListLines(std::string_view text) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using namespace plattmix;
     fuzz::Parts parts(data, size);
-    const std::string path = fuzz::ScratchFile(parts.Next(), ".txt");
+    const std::string path = fuzz::ScratchFile("list.txt", fuzz::AsText(parts.Next()));
     authoring::ReadListFileLines(path);
     authoring::ReadListFile(path);
 

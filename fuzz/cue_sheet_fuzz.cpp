@@ -3,8 +3,10 @@
 //
 // Input: the sheet's text; a last line "#BIN size size ..." gives the files' byte sizes in sheet
 // order (a file without one has 700 MB).
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -32,17 +34,10 @@ std::vector<int64_t> TakeSizes(std::string_view& text) {
     const size_t mark = text.rfind(kSizesMark);
     if (mark == std::string_view::npos || (mark > 0 && text[mark - 1] != '\n'))
         return sizes;
-    std::string line(text.substr(mark + kSizesMark.size()));
+    std::istringstream line{std::string(text.substr(mark + kSizesMark.size()))};
     text = text.substr(0, mark);
-    const char* at = line.c_str();
-    while (*at != '\0') {
-        char* end = nullptr;
-        const long long value = std::strtoll(at, &end, 10);
-        if (end == at)
-            break;
-        sizes.push_back(value < 0 ? 0 : value);
-        at = end;
-    }
+    for (int64_t value = 0; line >> value;)
+        sizes.push_back(std::max<int64_t>(value, 0));
     return sizes;
 }
 
@@ -81,20 +76,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::string_view text = fuzz::AsText({data, size});
     const std::vector<int64_t> sizes = TakeSizes(text);
     const auto sheet = ParseCueSheet(text, "/fuzz/", "fuzz.cue");
-    if (!sheet.ok()) {
-        if (sheet.Error().empty())
-            std::abort();  // every refusal names its reason
+    if (fuzz::Refused(sheet))
         return 0;
-    }
     std::vector<int64_t> fileSizes;
     for (size_t i = 0; i < sheet.Value().files.size(); ++i)
         fileSizes.push_back(i < sizes.size() ? sizes[i] : kDefaultFileBytes);
     const auto disc = LayoutDisc(sheet.Value(), fileSizes, "fuzz.cue");
-    if (!disc.ok()) {
-        if (disc.Error().empty())
-            std::abort();
-        return 0;
-    }
-    ReadBack(disc.Value());
+    if (!fuzz::Refused(disc))
+        ReadBack(disc.Value());
     return 0;
 }

@@ -7,7 +7,6 @@
 // command bytes and a two-byte buffer length.
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <vector>
@@ -36,20 +35,11 @@ const char kSheet[] =
     "FILE \"data.bin\" BINARY\n"
     "  TRACK 03 MODE1/2352\n    INDEX 01 00:00:00\n";
 
-std::string WriteFile(const std::string& name, const std::string& bytes) {
-    const std::string path = fuzz::ScratchFolder() + name;
-    FILE* file = std::fopen(path.c_str(), "wb");
-    if (file == nullptr || std::fwrite(bytes.data(), 1, bytes.size(), file) != bytes.size())
-        std::abort();
-    std::fclose(file);
-    return path;
-}
-
 const std::string& SheetPath() {
     static const std::string path = [] {
-        WriteFile("disc.bin", std::string(300 * 2352, '\x11'));
-        WriteFile("data.bin", std::string(200 * 2352, '\0'));
-        return WriteFile("disc.cue", kSheet);
+        fuzz::ScratchFile("disc.bin", std::string(300 * 2352, '\x11'));
+        fuzz::ScratchFile("data.bin", std::string(200 * 2352, '\0'));
+        return fuzz::ScratchFile("disc.cue", kSheet);
     }();
     return path;
 }

@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "DriveList.h"
-#include "FuzzInput.h"
 #include "MmcOpcodes.h"
 #include "ScriptedDrive.h"
 #include "modMMC.h"
@@ -16,7 +15,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     audiocd::DriveEntryText("sr0", reply);
 
     fuzz::ScriptedDrive drive;
-    drive.Script(uint32_t{scsi::kOpInquiry} << 8, reply);
+    drive.Script(fuzz::ScriptedDrive::Key(scsi::kOpInquiry), reply);
     audiocd::FillDriveList(drive, [](std::string_view) {});
     return 0;
 }

@@ -15,12 +15,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const auto file = parts.Next();
     const std::string key(fuzz::AsText(parts.Next()));
 
-    fuzz::ScratchFile(file, ".lng");
+    const std::string path = fuzz::ScratchFile("input.lng", fuzz::AsText(file));
     const shell::LanguageTexts texts(fuzz::ScratchFolder(), "input");
     texts.LangText(key);
     texts.LangText("Starten");
     texts.LangText("    CD Brennen  ");
-    shell::ReadLanguageName(fuzz::ScratchFolder() + "input.lng");
-    shell::UnicodeFile_Read(fuzz::ScratchFolder() + "input.lng");
+    shell::ReadLanguageName(path);
+    shell::UnicodeFile_Read(path);
     return 0;
 }

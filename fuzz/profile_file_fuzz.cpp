@@ -3,6 +3,7 @@
 // a key, and read the key back.
 //
 // Input parts: the file's bytes, then section, key and value.
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <string>
@@ -17,16 +18,11 @@ namespace {
 using namespace plattmix;
 using namespace plattmix::shell;
 
+// Letters and digits only: a text every encoding keeps as it is.
 bool Plain(std::string_view text) {
-    if (text.empty())
-        return false;
-    for (const char c : text) {
-        const bool alnum =
-            (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
-        if (!alnum)
-            return false;
-    }
-    return true;
+    return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+    });
 }
 
 // Parsing what a serialisation gave yields the same text.
@@ -58,7 +54,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string value(fuzz::AsText(parts.Next()));
     CheckDocument(fuzz::AsText(file));
 
-    const std::string path = fuzz::ScratchFile(file, ".ini");
+    const std::string path = fuzz::ScratchFile("input.ini", fuzz::AsText(file));
     modProfile::GetPrivateProfileString(section, key, "", path, 1024);
     modProfile::GetPrivateProfileSection(section, path, 32767);
     if (!modProfile::WritePrivateProfileString(section, key, value, path))

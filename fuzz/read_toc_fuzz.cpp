@@ -18,13 +18,14 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using namespace plattmix;
     fuzz::Parts parts(data, size);
-    fuzz::ScriptedDrive drive;
-    drive.Script(uint32_t{scsi::kOpTestUnitReady} << 8, parts.Next());
-    drive.Script(fuzz::ScriptedDrive::ReadTocKey(0, true), parts.Next());
+    using fuzz::ScriptedDrive;
+    ScriptedDrive drive;
+    drive.Script(ScriptedDrive::Key(scsi::kOpTestUnitReady), parts.Next());
+    drive.Script(ScriptedDrive::Key(scsi::kOpReadToc, 0, true), parts.Next());
     const auto lbaReply = parts.Next();
-    drive.Script(fuzz::ScriptedDrive::ReadTocKey(0, false), lbaReply);
-    drive.Script(fuzz::ScriptedDrive::ReadTocKey(scsi::kTocFormatSessionInfo, false), parts.Next());
-    drive.Script(fuzz::ScriptedDrive::ReadTocKey(scsi::kTocFormatFullToc, false), parts.Next());
+    drive.Script(ScriptedDrive::Key(scsi::kOpReadToc), lbaReply);
+    drive.Script(ScriptedDrive::Key(scsi::kOpReadToc, scsi::kTocFormatSessionInfo), parts.Next());
+    drive.Script(ScriptedDrive::Key(scsi::kOpReadToc, scsi::kTocFormatFullToc), parts.Next());
 
     audiocd::ReadTrackList(drive, "sr0");
     const auto sessions = audiocd::ReadSessionToc(drive, "sr0");

@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <span>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -51,8 +52,8 @@ std::string Digits(uint32_t seed, size_t count, bool letters) {
 
 uint32_t Number(std::span<const uint8_t> part) {
     uint32_t value = 0;
-    for (size_t i = 0; i < part.size() && i < 4; ++i)
-        value = (value << 8) | part[i];
+    for (const uint8_t byte : part.first(std::min<size_t>(part.size(), 4)))
+        value = (value << 8) | byte;
     return value;
 }
 
@@ -68,15 +69,10 @@ std::string Quoted(std::string text) {
 // rest as written.
 std::string AsBinarySheet(const std::string& text) {
     std::string out;
-    size_t start = 0;
-    while (start < text.size()) {
-        const size_t end = std::min(text.find('\n', start), text.size());
-        std::string line = text.substr(start, end - start);
-        if (line.starts_with("FILE "))
-            line = line.substr(0, line.rfind(' ')) + " BINARY";
-        out += line + "\n";
-        start = end + 1;
-    }
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);)
+        out +=
+            (line.starts_with("FILE ") ? line.substr(0, line.rfind(' ')) + " BINARY" : line) + "\n";
     return out;
 }
 
@@ -126,11 +122,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         std::abort();
     }
     std::vector<const scsi::imagedrive::CueTrack*> tracks;
-    std::vector<int64_t> sizes;
     for (const auto& file : sheet.Value().files) {
         for (const auto& track : file.tracks)
             tracks.push_back(&track);
     }
+    std::vector<int64_t> sizes;
     for (const auto& track : cue.tracks)
         sizes.push_back(int64_t{track.sectors} * 2352);
     if (tracks.size() != cue.tracks.size() || sizes.size() != sheet.Value().files.size())

@@ -1,23 +1,21 @@
-// Where tracks land on the disc, and which recipes cannot become a readable CUE sheet.
+// Where tracks land on the disc, how the sheet writes their times, and which recipes cannot
+// become a readable CUE sheet.
 #include "DiscLayout.h"
 
 #include <gtest/gtest.h>
 
 #include <functional>
 
+#include "CueSheet.h"
 #include "Fixtures.h"
 
 namespace plattmix::discgen {
 namespace {
 
-DiscLayout LaidOut(const DiscSpec& spec) {
-    Result<DiscLayout> layout = LayOut(spec);
-    EXPECT_TRUE(layout.ok()) << layout.error;
-    return layout.ok() ? *layout.value : DiscLayout{};
-}
-
 TEST(DiscLayout, GapsBelongToTheSpanOfThePreviousTrack) {
-    const DiscLayout l = LaidOut(Pregap());
+    const Result<DiscLayout> laidOut = LayOut(Pregap());
+    ASSERT_TRUE(laidOut.ok()) << laidOut.error;
+    const DiscLayout& l = *laidOut.value;
     ASSERT_EQ(l.tracks.size(), 3u);
     // Track 2: 150 sectors INDEX 00 in the file after track 1's 300.
     EXPECT_EQ(l.tracks[1].fileIndexZero, 300);
@@ -30,6 +28,16 @@ TEST(DiscLayout, GapsBelongToTheSpanOfThePreviousTrack) {
     EXPECT_EQ(l.tracks[2].startLba, 825);
     EXPECT_EQ(l.tracks[1].spanEndLba, 825);
     EXPECT_EQ(l.sessions.back().leadOutLba, 1125);
+}
+
+TEST(DiscLayout, SheetTimesCarryOverAtSeventyFiveFramesAndSixtySeconds) {
+    const std::pair<int32_t, std::string> times[] = {{74, "00:00:74"},
+                                                     {75, "00:01:00"},
+                                                     {4499, "00:59:74"},
+                                                     {4500, "01:00:00"},
+                                                     {449999, "99:59:74"}};
+    for (const auto& [sectors, text] : times)
+        EXPECT_EQ(CueTime(sectors), text);
 }
 
 TEST(DiscLayout, RefusesRecipesNoSheetCanExpress) {
@@ -58,7 +66,6 @@ TEST(DiscLayout, FixturesAreValidFoundByNameAndLargeSplitsIntoFourMinuteTracks) 
     for (const Fixture f : AllFixtures()) {
         EXPECT_EQ(ValidateSpec(FixtureSpec(f, 1)), "") << FixtureName(f);
         EXPECT_EQ(FixtureByName(FixtureName(f)), f);
-        EXPECT_EQ(FixtureSpec(f, 1).name, FixtureName(f));
     }
     EXPECT_FALSE(FixtureByName("audiothreetracks").has_value());
     const DiscSpec large = Large(10);

