@@ -1,6 +1,7 @@
 // The generic-driver layer against a sysfs built here, with a stand-in for the ioctl: what real
-// drives answer is proved in the drive test bed, here the refusals, the support answer's states
-// and the completion event.
+// drives answer is proved in the drive test bed; here the support answer's states, the blocks
+// refused, the request made of a block, the kernel's failures and the completion event. A disk
+// is left out (2:0:0 has no device), a drive on a second channel is found (2:3:0 answers).
 #include "AspiLayer.h"
 
 #include <gtest/gtest.h>
@@ -47,13 +48,11 @@ struct FakeSystem {
         fs::create_directory_symlink(device, root / "class/scsi_generic" / name / "device");
         std::ofstream(root / "dev" / name) << "";
     }
-    AspiLayer::Options Options() const {
-        // Every request GOOD, its first byte 0x05.
-        return {(root / "class").string(), (root / "dev").string(), [](int, sg_io_hdr_t& h) {
-                    if (h.dxferp != nullptr)
-                        static_cast<uint8_t*>(h.dxferp)[0] = 0x05;
-                    return 0;
-                }};
+    // Every request GOOD unless the kernel stand-in is given.
+    AspiLayer::Options Options(AspiLayer::Executor kernel = {}) const {
+        if (!kernel)
+            kernel = [](int, sg_io_hdr_t&) { return 0; };
+        return {(root / "class").string(), (root / "dev").string(), kernel};
     }
 };
 
@@ -62,54 +61,53 @@ uint8_t Status(const uint8_t* srb) {
         .load(std::memory_order_acquire);
 }
 
-// Waits (bounded, ten seconds) until the layer has published the block's final status.
-bool Finished(const uint8_t* srb) {
-    for (int i = 0; i < 10000 && Status(srb) == kSrbPending; ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    return Status(srb) != kSrbPending;
-}
-
 bool Signalled(int descriptor) {
     pollfd p{descriptor, POLLIN, 0};
     return ::poll(&p, 1, 0) == 1;
 }
 
-std::array<uint8_t, kExecSrbSize> Exec(SrbAddress address, std::vector<uint8_t> cdb,
-                                       uint8_t* buffer, uint32_t length, int event) {
-    std::array<uint8_t, kExecSrbSize> srb{};
+using Srb = std::array<uint8_t, kExecSrbSize>;
+
+Srb Exec(SrbAddress address, std::vector<uint8_t> cdb, uint8_t* buffer, uint32_t length,
+         int event = -1) {
+    Srb srb{};
     BuildExecSrb(srb, {address, true, length, reinterpret_cast<uintptr_t>(buffer), event, cdb,
                        static_cast<uint8_t>(cdb.size())});
     return srb;
 }
 
+// The layer over the sysfs, its kernel stand-in answering with `answer` and keeping the request.
+class AspiLayerTest : public ::testing::Test {
+  protected:
+    // Sends the block and waits (bounded, ten seconds) for its final status.
+    uint8_t Run(Srb& srb) {
+        EXPECT_EQ(layer.Send(srb.data()), kSrbPending);
+        for (int i = 0; i < 10000 && Status(srb.data()) == kSrbPending; ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        return Status(srb.data());
+    }
+
+    const fs::path folder = plattmix::test::ScratchFolder("aspi");
+    const FakeSystem system{folder};
+    sg_io_hdr_t seen{};
+    std::function<int(sg_io_hdr_t&)> answer = [](sg_io_hdr_t&) { return 0; };
+    AspiLayer layer{system.Options([this](int, sg_io_hdr_t& h) {
+        seen = h;
+        return answer(h);
+    })};
+    std::array<uint8_t, 4096> buffer{};
+};
+
+const std::vector<uint8_t> kTur(6, 0);
+const std::vector<uint8_t> kReadCd{0xBE, 0, 0, 0, 0, 16, 0, 0, 2, 0x10};
+
 }  // namespace
 
-TEST(AspiLayer, DrivesFromSysfs) {
-    const fs::path folder = plattmix::test::ScratchFolder("aspi");
-    const FakeSystem system(folder);
-    const GenericDevices devices = ScanGenericDevices((folder / "class").string());
-    EXPECT_TRUE(devices.driverPresent);
-    EXPECT_EQ(devices.hosts, (std::set<unsigned>{0, 2}));
-    ASSERT_EQ(devices.drives.size(), 3u);  // the disk is left out
-    EXPECT_EQ(devices.drives[1].node, 1u);
-    EXPECT_EQ(devices.drives[1].target, 1u);
-    EXPECT_EQ(devices.drives[2].node, 3u);
-    EXPECT_EQ(devices.drives[2].channel, 1u);
-    EXPECT_EQ(devices.AdapterCount(), 3);
-    EXPECT_EQ(devices.Find({2, 0, 0}), nullptr);
-    for (const char* bad : {"0:0:0", "0:0:0:0:", "a:0:0:0"})
-        EXPECT_FALSE(ParseHctl(bad)) << bad;
-    EXPECT_EQ(ParseHctl("12:0:3:1")->host, 12u);
-}
-
-TEST(AspiLayer, SupportAnswer) {
-    const fs::path folder = plattmix::test::ScratchFolder("aspi");
-    FakeSystem system(folder);
-    AspiLayer layer(system.Options());
+TEST_F(AspiLayerTest, SupportAnswer) {
     EXPECT_EQ(layer.SupportInfo(), 0x0103u);  // complete, hosts up to 2
     // Each query reads the drives anew.
     fs::create_directories(folder / "class/scsi_host/host5");
-    system.Node("sg4", "5:0:0:0", "5");
+    FakeSystem(folder, false).Node("sg4", "5:0:0:0", "5");
     EXPECT_EQ(layer.SupportInfo(), 0x0106u);
 
     // Without the generic driver; with it but without a host.
@@ -117,13 +115,14 @@ TEST(AspiLayer, SupportAnswer) {
     fs::create_directories(folder / "no-host/class/scsi_generic");
     AspiLayer noHost({(folder / "no-host/class").string(), (folder / "no-host/dev").string(), {}});
     EXPECT_EQ(noHost.SupportInfo(), 0xE800u);
+
+    for (const char* bad : {"0:0:0", "0:0:0:0:", "a:0:0:0"})
+        EXPECT_FALSE(ParseHctl(bad)) << bad;
 }
 
-TEST(AspiLayer, BlocksRefusedAtOnce) {
-    const FakeSystem system(plattmix::test::ScratchFolder("aspi"));
-    AspiLayer layer(system.Options());
+TEST_F(AspiLayerTest, BlocksRefusedAtOnce) {
     std::array<uint8_t, kDeviceTypeSrbSize> type{};
-    for (const auto& [address, status] : {std::pair{SrbAddress{2, 0, 0}, kSrbNoDevice},  // disk
+    for (const auto& [address, status] : {std::pair{SrbAddress{2, 0, 0}, kSrbNoDevice},
                                           std::pair{SrbAddress{1, 0, 0}, kSrbInvalidHostAdapter},
                                           std::pair{SrbAddress{3, 0, 0}, kSrbInvalidHostAdapter}}) {
         BuildDeviceTypeSrb(type, address);
@@ -144,47 +143,134 @@ TEST(AspiLayer, BlocksRefusedAtOnce) {
 
     // Execute blocks that cannot be carried out: answered before Send returns, event signalled.
     const int event = ::eventfd(0, EFD_CLOEXEC);
-    for (const auto& [address, cdb, status] :
-         {std::tuple{SrbAddress{1, 0, 0}, std::vector<uint8_t>(6, 0), kSrbInvalidHostAdapter},
-          std::tuple{SrbAddress{2, 0, 0}, std::vector<uint8_t>(6, 0), kSrbNoDevice},
-          std::tuple{SrbAddress{0, 0, 0}, std::vector<uint8_t>{}, kSrbInvalidSrb}}) {
-        auto srb = Exec(address, cdb, nullptr, 0, event);
+    Srb longCdb = Exec({0, 0, 0}, kTur, nullptr, 0, event);
+    longCdb[kExecCdbLengthAt] = 17;
+    Srb noDirection = Exec({0, 0, 0}, kReadCd, buffer.data(), 2048, event);
+    noDirection[kSrbFlagsByte] = 0;
+    const std::pair<Srb, uint8_t> refused[] = {
+        {Exec({1, 0, 0}, kTur, nullptr, 0, event), kSrbInvalidHostAdapter},
+        {Exec({2, 0, 0}, kTur, nullptr, 0, event), kSrbNoDevice},
+        {Exec({0, 0, 0}, {}, nullptr, 0, event), kSrbInvalidSrb},
+        {longCdb, kSrbInvalidSrb},
+        {noDirection, kSrbInvalidSrb},
+        {Exec({0, 0, 0}, kReadCd, nullptr, 2048, event), kSrbInvalidSrb},  // no buffer
+    };
+    for (auto [srb, status] : refused) {
         EXPECT_EQ(layer.Send(srb.data()), status);
         EXPECT_EQ(srb[kSrbStatusByte], status);
     }
     EXPECT_TRUE(Signalled(event));
+    EXPECT_EQ(seen.interface_id, 0);  // nothing reached the kernel
     ::close(event);
 }
 
-TEST(AspiLayer, ExecuteCompletesLaterAndSignalsOnlyAnEvent) {
-    const fs::path folder = plattmix::test::ScratchFolder("aspi");
-    const FakeSystem system(folder);
-    AspiLayer layer(system.Options());
+TEST_F(AspiLayerTest, TheRequestFollowsTheBlock) {
+    // Time-outs in half-seconds: as set for the drive, else 108000; beyond what the kernel
+    // takes, as long as it allows.
+    std::array<uint8_t, kTimeoutSrbSize> timeOut{};
+    BuildTimeoutSrb(timeOut, {0, 1, 0}, 10);
+    ASSERT_EQ(layer.Send(timeOut.data()), kSrbComplete);
+    BuildTimeoutSrb(timeOut, {2, 3, 0}, 0xFFFFFFFE);
+    ASSERT_EQ(layer.Send(timeOut.data()), kSrbComplete);
+    for (const auto& [address, milliseconds] :
+         {std::pair{SrbAddress{0, 1, 0}, 5000u}, std::pair{SrbAddress{0, 0, 0}, 54000000u},
+          std::pair{SrbAddress{2, 3, 0}, 0xFFFFFFFFu}}) {
+        Srb srb = Exec(address, kReadCd, buffer.data(), 4096);
+        EXPECT_EQ(Run(srb), kSrbComplete);
+        EXPECT_EQ(seen.timeout, milliseconds);
+    }
+    EXPECT_EQ(seen.dxfer_direction, SG_DXFER_FROM_DEV);
+    EXPECT_EQ(seen.mx_sb_len, 14);
+
+    // Both direction flags: no data moves. A sense area asked larger than the block's is cut.
+    Srb write = Exec({0, 0, 0}, {0x2A, 0, 0, 0, 0, 0, 0, 0, 1, 0}, buffer.data(), 2048);
+    write[kSrbFlagsByte] = kSrbDataIn | kSrbDataOut;
+    write[kExecSenseLengthAt] = 40;
+    EXPECT_EQ(Run(write), kSrbComplete);
+    EXPECT_EQ(seen.dxfer_direction, SG_DXFER_NONE);
+    EXPECT_EQ(seen.dxferp, nullptr);
+    EXPECT_EQ(seen.mx_sb_len, 16);
+    // Without data the direction does not matter.
+    Srb tur = Exec({0, 0, 0}, kTur, nullptr, 0);
+    tur[kSrbFlagsByte] = 0;
+    EXPECT_EQ(Run(tur), kSrbComplete);
+}
+
+TEST_F(AspiLayerTest, TheKernelsAnswerInTheBlock) {
+    // CHECK CONDITION with 18 bytes of sense: the status as the drive gave it and only the
+    // fourteen sense bytes the block asked for; the driver's "sense present" is no failure.
+    answer = [](sg_io_hdr_t& h) {
+        h.status = 0x02;
+        h.driver_status = 0x08;
+        h.sb_len_wr = 18;
+        for (uint8_t i = 0; i < 18; ++i)
+            h.sbp[i] = 0xA0 + i;
+        return 0;
+    };
+    Srb srb = Exec({0, 0, 0}, kTur, nullptr, 0);
+    EXPECT_EQ(Run(srb), kSrbError);
+    EXPECT_EQ(srb[kExecTargetStatusAt], 0x02);
+    EXPECT_EQ(srb[kExecSenseAt], 0xA0);
+    EXPECT_EQ(srb[kExecSenseAt + 13], 0xAD);
+    EXPECT_EQ(srb[kExecSenseAt + 14], 0x00);
+
+    // A READ that left blocks out is aborted as an underrun, though the drive said GOOD.
+    answer = [](sg_io_hdr_t& h) {
+        h.resid = 2048;
+        return 0;
+    };
+    srb = Exec({0, 0, 0}, kReadCd, buffer.data(), 4096);
+    EXPECT_EQ(Run(srb), kSrbAborted);
+    EXPECT_EQ(srb[kExecHostStatusAt], kHostDataUnderrun);
+
+    // Not carried to its end: aborted, with the host status saying why.
+    struct Case {
+        int ioctl;
+        unsigned short host, driver;
+        uint8_t hostStatus;
+    };
+    for (const Case c :
+         {Case{-1, 0, 0, kHostSelectionTimeOut}, Case{0, 0x03, 0, kHostCommandTimeOut},
+          Case{0, 0, 0x06, kHostCommandTimeOut}, Case{0, 0x08, 0, kHostBusReset},
+          Case{0, 0x01, 0, kHostSelectionTimeOut}, Case{0, 0x07, 0, kHostSelectionTimeOut}}) {
+        answer = [c](sg_io_hdr_t& h) {
+            h.host_status = c.host;
+            h.driver_status = c.driver;
+            h.status = 0x02;
+            return c.ioctl;
+        };
+        srb = Exec({0, 0, 0}, kTur, nullptr, 0);
+        EXPECT_EQ(Run(srb), kSrbAborted) << c.host;
+        EXPECT_EQ(srb[kExecHostStatusAt], c.hostStatus) << c.host << " " << c.driver;
+        EXPECT_EQ(srb[kExecTargetStatusAt], 0);
+    }
+
+    // A node that cannot be opened: aborted, the device not reached.
+    fs::remove(folder / "dev/sg1");
+    srb = Exec({0, 1, 0}, kTur, nullptr, 0);
+    EXPECT_EQ(Run(srb), kSrbAborted);
+    EXPECT_EQ(srb[kExecHostStatusAt], kHostSelectionTimeOut);
+}
+
+TEST_F(AspiLayerTest, CompletionSignalsOnlyAnEvent) {
     const int event = ::eventfd(0, EFD_CLOEXEC);
-    std::array<uint8_t, 36> reply{};
-    auto srb = Exec({2, 3, 0}, {0x12, 0, 0, 0, 36, 0}, reply.data(), 36, event);
-    EXPECT_EQ(layer.Send(srb.data()), kSrbPending);
-    ASSERT_TRUE(Finished(srb.data()));
-    EXPECT_EQ(Status(srb.data()), kSrbComplete);
+    answer = [](sg_io_hdr_t& h) {
+        if (h.dxferp != nullptr)
+            static_cast<uint8_t*>(h.dxferp)[0] = 0x05;
+        return 0;
+    };
+    Srb srb = Exec({2, 3, 0}, {0x12, 0, 0, 0, 36, 0}, buffer.data(), 36, event);
+    EXPECT_EQ(Run(srb), kSrbComplete);
     EXPECT_TRUE(Signalled(event));
-    EXPECT_EQ(reply[0], 0x05);
+    EXPECT_EQ(buffer[0], 0x05);
     ::close(event);
 
     // The post-processing field names a pipe's writing end: nothing is written to it.
     int pipeEnds[2];
     ASSERT_EQ(::pipe(pipeEnds), 0);
-    srb = Exec({0, 0, 0}, {0, 0, 0, 0, 0, 0}, nullptr, 0, pipeEnds[1]);
-    EXPECT_EQ(layer.Send(srb.data()), kSrbPending);
-    ASSERT_TRUE(Finished(srb.data()));
+    srb = Exec({0, 0, 0}, kTur, nullptr, 0, pipeEnds[1]);
+    EXPECT_EQ(Run(srb), kSrbComplete);
     EXPECT_FALSE(Signalled(pipeEnds[0]));
     ::close(pipeEnds[0]);
     ::close(pipeEnds[1]);
-
-    // A node that cannot be opened: aborted, the device not reached.
-    fs::remove(folder / "dev/sg1");
-    srb = Exec({0, 1, 0}, {0, 0, 0, 0, 0, 0}, nullptr, 0, -1);
-    EXPECT_EQ(layer.Send(srb.data()), kSrbPending);
-    ASSERT_TRUE(Finished(srb.data()));
-    EXPECT_EQ(Status(srb.data()), kSrbAborted);
-    EXPECT_EQ(srb[kExecHostStatusAt], kHostSelectionTimeOut);
 }

@@ -48,6 +48,10 @@ TEST_F(UdisksTest, WhatUdisksRefuses) {
     udisks_.RefuseLoopSetup("org.freedesktop.UDisks2.Error.NotAuthorized");
     const DriveResult refused = MountIso(service_.get(), image_);
     EXPECT_EQ(refused.outcome, DriveOutcome::AttachFailed);
+    ASSERT_EQ(refused.messages.size(), 1u);
+    EXPECT_EQ(refused.messages[0].text,
+              "Die ISO '" + image_ + "' konnte nicht als virtuelles Laufwerk geladen werden!");
+    EXPECT_EQ(refused.messages[0].icon, MessageIcon::Exclamation);
     EXPECT_EQ(refused.detail, "LoopSetup: org.freedesktop.UDisks2.Error.NotAuthorized: scripted");
     EXPECT_TRUE(udisks_.Loops().empty());
 
