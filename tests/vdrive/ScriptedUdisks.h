@@ -5,10 +5,7 @@
 // records, a mount is a folder below its media folder.
 #pragma once
 
-#include <poll.h>
-#include <sys/eventfd.h>
 #include <systemd/sd-bus.h>
-#include <unistd.h>
 
 #include <cstring>
 #include <filesystem>
@@ -44,15 +41,18 @@ class ScriptedUdisks {
             error_ = "no udisks objects on " + address;
             return;
         }
-        wake_ = eventfd(0, EFD_CLOEXEC);
-        worker_ = std::thread([this] { Serve(); });
+        worker_ = std::jthread([this](std::stop_token stop) {
+            while (!stop.stop_requested()) {
+                while (sd_bus_process(bus_, nullptr) > 0) {
+                }
+                sd_bus_wait(bus_, 10000);  // microseconds
+            }
+        });
     }
     ~ScriptedUdisks() {
         if (worker_.joinable()) {
-            const uint64_t one = 1;
-            [[maybe_unused]] const ssize_t n = write(wake_, &one, sizeof one);
+            worker_.request_stop();
             worker_.join();
-            close(wake_);
         }
         sd_bus_flush_close_unref(bus_);
     }
@@ -77,18 +77,6 @@ class ScriptedUdisks {
     void Set(std::string& field, const std::string& value) {
         std::lock_guard lock(mutex_);
         field = value;
-    }
-
-    void Serve() {
-        for (;;) {
-            while (sd_bus_process(bus_, nullptr) > 0) {
-            }
-            pollfd fds[2] = {{sd_bus_get_fd(bus_), static_cast<short>(sd_bus_get_events(bus_)), 0},
-                             {wake_, POLLIN, 0}};
-            poll(fds, 2, 10);
-            if (fds[1].revents != 0)
-                return;
-        }
     }
 
     // The loop number of an object path "…/loopN", or -1.
@@ -206,8 +194,7 @@ class ScriptedUdisks {
 
     std::filesystem::path media_;
     sd_bus* bus_ = nullptr;
-    int wake_ = -1;
-    std::thread worker_;
+    std::jthread worker_;
     std::string error_;
     mutable std::mutex mutex_;
     std::string loopSetupError_, mountError_;
