@@ -84,39 +84,37 @@ TEST(TrayDecision, FromTheMediaEvent) {
     EXPECT_EQ(TrayStateFromMediaEvent(kGood, Bytes{0x00, 0x06, 0x04}), -1);
 }
 
-TEST(TestUnitReadyRetry, AnswersAtOnceWhenReadyOrWithoutMedium) {
-    for (const TrayResult& first : {kGood, Checked(2, 0x3A, 0x00), Checked(3, 0x11, 0x05)}) {
+// Ready, no medium or an error: answered at once. Becoming ready: retried after a pause until a
+// retry is good, then asked once more, and that last answer counts. Medium changed: five
+// retries with pauses.
+TEST(TestUnitReadyRetry, RetriesAndPauses) {
+    const TrayResult becoming = Checked(2, 0x04, 0x01), changed = Checked(6, 0x28, 0x00);
+    const struct {
+        std::vector<TrayResult> answers;
+        TrayResult result;
+        size_t sent;
+        std::vector<int> pauses;
+    } cases[] = {
+        {{kGood, kGood}, kGood, 1, {}},
+        {{Checked(2, 0x3A, 0x00), kGood}, Checked(2, 0x3A, 0x00), 1, {}},
+        {{Checked(3, 0x11, 0x05), kGood}, Checked(3, 0x11, 0x05), 1, {}},
+        {{becoming, becoming, kGood, Checked(2, 0x3A, 0x02)}, Checked(2, 0x3A, 0x02), 4, {1000}},
+        {{changed, changed, changed, changed, changed, changed, kGood},
+         kGood,
+         7,
+         {1000, 1000, 1000, 1000, 1000}},
+    };
+    for (size_t i = 0; i < std::size(cases); ++i) {
+        SCOPED_TRACE(i);
         ScriptedDevice device;
-        device.script = {{first, {}}, {kGood, {}}};
+        for (const TrayResult& answer : cases[i].answers)
+            device.script.push_back({answer, {}});
         Pauses pauses;
-        EXPECT_EQ(TestUnitReadyRetry(device, pauses.Fn()), first);
-        EXPECT_EQ(device.sent, std::vector<Bytes>{Bytes(6, 0)});
-        EXPECT_TRUE(pauses.taken.empty());
+        EXPECT_EQ(TestUnitReadyRetry(device, pauses.Fn()), cases[i].result);
+        EXPECT_EQ(device.sent.size(), cases[i].sent);
+        EXPECT_EQ(device.sent[0], Bytes(6, 0));
+        EXPECT_EQ(pauses.taken, cases[i].pauses);
     }
-}
-
-TEST(TestUnitReadyRetry, BecomingReadyStopsAtTheFirstGoodRetryThenAsksOnceMore) {
-    ScriptedDevice device;
-    device.script = {{Checked(2, 0x04, 0x01), {}},
-                     {Checked(2, 0x04, 0x01), {}},
-                     {kGood, {}},
-                     {Checked(2, 0x3A, 0x02), {}}};
-    Pauses pauses;
-    // The last command's answer counts, not the good retry's.
-    EXPECT_EQ(TestUnitReadyRetry(device, pauses.Fn()), Checked(2, 0x3A, 0x02));
-    EXPECT_EQ(device.sent.size(), 4u);
-    EXPECT_EQ(pauses.taken, std::vector<int>{1000});
-}
-
-TEST(TestUnitReadyRetry, MediumChangedRetriesFiveTimesWithPauses) {
-    ScriptedDevice device;
-    for (int i = 0; i < 6; ++i)
-        device.script.push_back({Checked(0x06, 0x28, 0x00), {}});
-    device.script.push_back({kGood, {}});
-    Pauses pauses;
-    EXPECT_EQ(TestUnitReadyRetry(device, pauses.Fn()), kGood);
-    EXPECT_EQ(device.sent.size(), 7u);
-    EXPECT_EQ(pauses.taken, std::vector<int>(5, 1000));
 }
 
 TEST(GetTrayState, NoMediumWithoutQualifierAsksForTheMediaEvent) {

@@ -1,8 +1,7 @@
 // A scripted stand-in for udisksd on a private bus, for what the real udisksd in the drive test
-// bed will not do: refuse LoopSetup or Mount. Otherwise it answers the calls the virtual drives
-// make (Manager.LoopSetup and its Version, GetManagedObjects with Block, Loop and Filesystem,
-// Filesystem.Mount and Unmount, Loop.Delete) over the real D-Bus protocol; loop devices are
-// records, a mount is a folder below its media folder.
+// bed will not do: refuse. LoopSetup answers as scripted, Mount is always refused; the rest of
+// what the virtual drives call (GetManagedObjects with Block, Loop and Filesystem, Loop.Delete,
+// the Manager's Version) is answered over the real D-Bus protocol, loop devices being records.
 #pragma once
 
 #include <systemd/sd-bus.h>
@@ -13,18 +12,12 @@
 #include <mutex>
 #include <string>
 #include <thread>
-#include <vector>
 
 namespace plattmix::test {
 
 class ScriptedUdisks {
   public:
-    struct Loop {
-        std::string backingFile;
-        std::vector<std::string> mountPoints;
-    };
-
-    ScriptedUdisks(const std::string& address, const std::filesystem::path& media) : media_(media) {
+    explicit ScriptedUdisks(const std::string& address) {
         if (sd_bus_new(&bus_) < 0 || sd_bus_set_address(bus_, address.c_str()) < 0 ||
             sd_bus_set_bus_client(bus_, 1) < 0 || sd_bus_start(bus_) < 0 ||
             sd_bus_add_object_manager(bus_, nullptr, "/org/freedesktop/UDisks2") < 0 ||
@@ -62,22 +55,19 @@ class ScriptedUdisks {
     bool ok() const { return error_.empty(); }
     const std::string& error() const { return error_; }
 
-    // The next calls answer with this D-Bus error name; empty: as udisks does.
-    void RefuseLoopSetup(const std::string& error) { Set(loopSetupError_, error); }
-    void RefuseMount(const std::string& error) { Set(mountError_, error); }
-
-    std::map<int, Loop> Loops() const {
+    // The next LoopSetup calls answer with this D-Bus error name; empty: with a loop device.
+    void RefuseLoopSetup(const std::string& error) {
+        std::lock_guard lock(mutex_);
+        loopSetupError_ = error;
+    }
+    // The backing files of the loop devices set up, by number.
+    std::map<int, std::string> Loops() const {
         std::lock_guard lock(mutex_);
         return loops_;
     }
 
   private:
     static constexpr const char* kBlocks = "/org/freedesktop/UDisks2/block_devices";
-
-    void Set(std::string& field, const std::string& value) {
-        std::lock_guard lock(mutex_);
-        field = value;
-    }
 
     // The loop number of an object path "…/loopN", or -1.
     static int LoopOf(const char* path) {
@@ -89,17 +79,12 @@ class ScriptedUdisks {
         return std::stoi(text.substr(prefix.size()));
     }
     static ScriptedUdisks& Self(void* userdata) { return *static_cast<ScriptedUdisks*>(userdata); }
-    // The loop of a call's object; called with mutex_ held.
-    Loop* Find(const char* path) {
-        const auto it = loops_.find(LoopOf(path));
-        return it == loops_.end() ? nullptr : &it->second;
-    }
 
     static int FindLoop(sd_bus*, const char* path, const char*, void* userdata, void** found,
                         sd_bus_error*) {
         std::lock_guard lock(Self(userdata).mutex_);
         *found = userdata;
-        return Self(userdata).Find(path) != nullptr ? 1 : 0;
+        return Self(userdata).loops_.contains(LoopOf(path)) ? 1 : 0;
     }
     static int ListLoops(sd_bus*, const char*, void* userdata, char*** nodes, sd_bus_error*) {
         std::lock_guard lock(Self(userdata).mutex_);
@@ -127,15 +112,11 @@ class ScriptedUdisks {
     static int GetBackingFile(sd_bus*, const char* path, const char*, const char*,
                               sd_bus_message* reply, void* userdata, sd_bus_error*) {
         std::lock_guard lock(Self(userdata).mutex_);
-        return AppendBytes(reply, Self(userdata).Find(path)->backingFile);
+        return AppendBytes(reply, Self(userdata).loops_.at(LoopOf(path)));
     }
-    static int GetMountPoints(sd_bus*, const char* path, const char*, const char*,
-                              sd_bus_message* reply, void* userdata, sd_bus_error*) {
-        std::lock_guard lock(Self(userdata).mutex_);
-        int r = sd_bus_message_open_container(reply, 'a', "ay");
-        for (const std::string& point : Self(userdata).Find(path)->mountPoints)
-            r = r < 0 ? r : AppendBytes(reply, point);
-        return r < 0 ? r : sd_bus_message_close_container(reply);
+    static int GetMountPoints(sd_bus*, const char*, const char*, const char*, sd_bus_message* reply,
+                              void*, sd_bus_error*) {
+        return sd_bus_message_append(reply, "aay", 0);
     }
 
     // The options (read-only, no partition scan) are the real udisksd's to check.
@@ -151,25 +132,12 @@ class ScriptedUdisks {
         std::error_code ec;
         const auto file = std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(fd), ec);
         const int number = self.next_++;
-        self.loops_[number] = {file.string(), {}};
+        self.loops_[number] = file.string();
         const std::string object = std::string(kBlocks) + "/loop" + std::to_string(number);
         return sd_bus_reply_method_return(m, "o", object.c_str());
     }
-    static int Mount(sd_bus_message* m, void* userdata, sd_bus_error* error) {
-        ScriptedUdisks& self = Self(userdata);
-        std::lock_guard lock(self.mutex_);
-        if (!self.mountError_.empty())
-            return sd_bus_error_set(error, self.mountError_.c_str(), "scripted");
-        const char* path = sd_bus_message_get_path(m);
-        const std::filesystem::path point = self.media_ / ("loop" + std::to_string(LoopOf(path)));
-        std::filesystem::create_directories(point);
-        self.Find(path)->mountPoints.push_back(point.string());
-        return sd_bus_reply_method_return(m, "s", point.c_str());
-    }
-    static int Unmount(sd_bus_message* m, void* userdata, sd_bus_error*) {
-        std::lock_guard lock(Self(userdata).mutex_);
-        Self(userdata).Find(sd_bus_message_get_path(m))->mountPoints.clear();
-        return sd_bus_reply_method_return(m, "");
+    static int Mount(sd_bus_message*, void*, sd_bus_error* error) {
+        return sd_bus_error_set(error, "org.freedesktop.UDisks2.Error.Failed", "scripted");
     }
     static int Delete(sd_bus_message* m, void* userdata, sd_bus_error*) {
         std::lock_guard lock(Self(userdata).mutex_);
@@ -189,16 +157,14 @@ class ScriptedUdisks {
         SD_BUS_METHOD("Delete", "a{sv}", "", Delete, kAnyone), SD_BUS_VTABLE_END};
     static constexpr sd_bus_vtable kFilesystemTable[] = {
         SD_BUS_VTABLE_START(0), SD_BUS_PROPERTY("MountPoints", "aay", GetMountPoints, 0, 0),
-        SD_BUS_METHOD("Mount", "a{sv}", "s", Mount, kAnyone),
-        SD_BUS_METHOD("Unmount", "a{sv}", "", Unmount, kAnyone), SD_BUS_VTABLE_END};
+        SD_BUS_METHOD("Mount", "a{sv}", "s", Mount, kAnyone), SD_BUS_VTABLE_END};
 
-    std::filesystem::path media_;
     sd_bus* bus_ = nullptr;
     std::jthread worker_;
     std::string error_;
     mutable std::mutex mutex_;
-    std::string loopSetupError_, mountError_;
-    std::map<int, Loop> loops_;
+    std::string loopSetupError_;
+    std::map<int, std::string> loops_;
     int next_ = 0;
 };
 
