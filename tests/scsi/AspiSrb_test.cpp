@@ -18,17 +18,9 @@ std::vector<uint8_t> Bytes(std::span<const uint8_t> span) {
 TEST(AspiSrb, ExecuteBlockLayout) {
     // READ CD as the program sends it: twelve bytes built, ten given as the length.
     const std::array<uint8_t, 12> readCd{0xBE, 0, 0, 0, 0, 0x10, 0, 0, 0x01, 0x10, 0xEE, 0xEE};
-    ExecRequest request;
-    request.address = {1, 2, 0};
-    request.dataIn = true;
-    request.bufferLength = 2352;
-    request.bufferAddress = 0x00007F1122334455;
-    request.event = 7;
-    request.cdb = readCd;
-    request.cdbLength = 10;
     std::array<uint8_t, kExecSrbSize> srb;
     srb.fill(0xCC);
-    BuildExecSrb(srb, request);
+    BuildExecSrb(srb, {{1, 2, 0}, true, 2352, 0x00007F1122334455, 7, readCd, 10});
     const std::vector<uint8_t> expected{
         0x02, 0x00, 0x01, 0x08, 0x00, 0x00, 0x00, 0x00,  // command, status, adapter, flags
         0x02, 0x00, 0x00, 0x00, 0x30, 0x09, 0x00, 0x00,  // target, LUN, buffer length
@@ -44,8 +36,7 @@ TEST(AspiSrb, ExecuteBlockLayout) {
 
     // Data to the device, no buffer.
     const std::array<uint8_t, 6> startStop{0x1B, 0, 0, 0, 0x02, 0};
-    request = ExecRequest{{3, 7, 5}, false, 0, 0, 9, startStop, 6};
-    BuildExecSrb(srb, request);
+    BuildExecSrb(srb, {{3, 7, 5}, false, 0, 0, 9, startStop, 6});
     EXPECT_EQ(Bytes(std::span(srb).first(24)),
               (std::vector<uint8_t>{0x02, 0, 0x03, 0x10, 0, 0, 0, 0, 0x07, 0x05, 0, 0,
                                     0,    0, 0,    0,    0, 0, 0, 0, 0x0E, 0x06, 0, 0}));

