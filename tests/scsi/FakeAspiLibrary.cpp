@@ -20,17 +20,9 @@ FakeAspiState& State() {
 }
 
 // The thread answering a pending block; joined before the next one and at unloading.
-struct Later {
-    std::thread thread;
-    ~Later() { Join(); }
-    void Join() {
-        if (thread.joinable())
-            thread.join();
-    }
-};
-Later& Pending() {
-    static Later later;
-    return later;
+std::jthread& Pending() {
+    static std::jthread pending;
+    return pending;
 }
 
 void Complete(uint8_t* srb) {
@@ -80,8 +72,7 @@ __attribute__((visibility("default"))) uint32_t SendASPI32Command(void* block) {
             break;
         case kSrbExecScsiCmd:
             srb[kSrbStatusByte] = kSrbPending;
-            Pending().Join();
-            Pending().thread = std::thread([srb, ms = State().completeAfterMs] {
+            Pending() = std::jthread([srb, ms = State().completeAfterMs] {
                 std::this_thread::sleep_for(std::chrono::milliseconds(ms));
                 Complete(srb);
             });

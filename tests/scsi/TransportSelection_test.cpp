@@ -25,13 +25,13 @@ scsi::TransportFactory Factory(const char* name, bool installed, bool initialize
 TEST(TransportSelection, ThePassThroughIsPreferredAndTheFallBackNeedsBothAnswers) {
     struct Case {
         bool firstInstalled, firstInitialized, secondInstalled, secondInitialized;
-        const char* chosen;  // nullptr: none works
+        const char* chosen;
         int secondMade;
     };
     const Case cases[] = {
-        {true, true, true, true, "SPTI", 0},     {false, true, true, true, "ASPI", 1},
-        {true, false, true, true, "ASPI", 1},    {false, false, true, false, nullptr, 1},
-        {false, false, false, true, nullptr, 1}, {true, false, false, false, nullptr, 1},
+        {true, true, true, true, "SPTI", 0},    {false, true, true, true, "ASPI", 1},
+        {true, false, true, true, "ASPI", 1},   {false, false, true, false, "none", 1},
+        {false, false, false, true, "none", 1}, {true, false, false, false, "none", 1},
     };
     for (const Case& c : cases) {
         int firstMade = 0, secondMade = 0;
@@ -43,11 +43,6 @@ TEST(TransportSelection, ThePassThroughIsPreferredAndTheFallBackNeedsBothAnswers
                 .transport;
         EXPECT_EQ(firstMade, 1);
         EXPECT_EQ(secondMade, c.secondMade);
-        if (c.chosen) {
-            ASSERT_TRUE(chosen);
-            EXPECT_EQ(chosen->Interface(), c.chosen);
-        } else {
-            EXPECT_FALSE(chosen);
-        }
+        EXPECT_EQ(chosen ? chosen->Interface() : "none", c.chosen);
     }
 }
