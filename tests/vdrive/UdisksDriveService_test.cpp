@@ -1,15 +1,12 @@
 // The udisks2 service over a private bus, with a scripted udisks (ScriptedUdisks.h): what udisks
-// refuses, and what the program refuses at its link's place. The real udisksd is driven in the
-// drive test bed.
+// refuses, and what the program refuses at its link's place. The real udisksd is driven, and
+// chosen by the program, in the drive test bed.
 #include "UdisksDriveService.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 
-#include "LoopDriveService.h"
-#include "ServiceChoice.h"
 #include "VirtualDrive.h"
 #include "common/ScratchFolder.h"
 #include "vdrive/PrivateBus.h"
@@ -83,24 +80,4 @@ TEST_F(UdisksTest, TheLinksPlace) {
     fs::create_symlink(folder_ / "WEG", link_);
     EXPECT_EQ(MountIso(service_.get(), image_).detail,
               "Mount: org.freedesktop.UDisks2.Error.Failed: scripted");
-}
-
-// Where nobody answers on the system bus, root gets loop devices (the test bed's user).
-TEST_F(UdisksTest, ServiceChosenByWhatAnswers) {
-    const char* saved = std::getenv("DBUS_SYSTEM_BUS_ADDRESS");
-    const std::string previous = saved != nullptr ? saved : "";
-    const auto chosen = [](const std::string& address) {
-        setenv("DBUS_SYSTEM_BUS_ADDRESS", address.c_str(), 1);
-        const auto service = ChooseVirtualDriveService();
-        return service ? service->Name() : "none";
-    };
-    EXPECT_EQ(chosen(bus_.address()), "udisks2");
-    fs::create_directories(folder_ / "leer");
-    plattmix::test::PrivateBus quiet(folder_ / "leer");
-    ASSERT_TRUE(quiet.ok()) << quiet.error();
-    EXPECT_EQ(chosen(quiet.address()), LoopDriveService::Usable() ? "loop" : "none");
-    if (saved != nullptr)
-        setenv("DBUS_SYSTEM_BUS_ADDRESS", previous.c_str(), 1);
-    else
-        unsetenv("DBUS_SYSTEM_BUS_ADDRESS");
 }
