@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <cstring>
 #include <thread>
 
 #include "scsi/FakeAspiState.h"
@@ -29,17 +28,12 @@ void Complete(uint8_t* srb) {
     const FakeAspiState& s = State();
     srb[kExecTargetStatusAt] = s.targetStatus;
     std::copy(s.sense.begin(), s.sense.end(), srb + kExecSenseAt);
-    uint64_t address = 0;
-    std::memcpy(&address, srb + kExecBufferAt, 4);
-    uint32_t high = 0;
-    std::memcpy(&high, srb + kExecBufferHighAt, 4);
-    address |= uint64_t{high} << 32;
-    if (address != 0)
-        *reinterpret_cast<uint8_t*>(static_cast<uintptr_t>(address)) = s.replyByte;
-    int32_t event = -1;
-    std::memcpy(&event, srb + kExecEventAt, 4);
+    const ExecFields fields =
+        ReadExecSrb(std::span<const uint8_t, kExecSrbSize>(srb, kExecSrbSize));
+    if (fields.bufferAddress != 0)
+        *reinterpret_cast<uint8_t*>(static_cast<uintptr_t>(fields.bufferAddress)) = s.replyByte;
     const uint64_t one = 1;
-    if (event >= 0 && ::write(event, &one, sizeof one) < 0)
+    if (fields.event >= 0 && ::write(fields.event, &one, sizeof one) < 0)
         return;
     std::atomic_ref<uint8_t>(srb[kSrbStatusByte]).store(s.execStatus, std::memory_order_release);
 }

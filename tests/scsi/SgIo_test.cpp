@@ -1,3 +1,5 @@
+// The pass-through request and the reading of the kernel's answer where the drive test bed
+// cannot reach: other directions, descriptor sense, the kernel's failures, short reads.
 #include "SgIo.h"
 
 #include <gtest/gtest.h>
@@ -56,10 +58,6 @@ TEST(SgIo, StatusAndSenseFromTheKernelsAnswer) {
     EXPECT_EQ(r.senseKey, 0x22);
     EXPECT_EQ(r.asc, 0x3A);
     EXPECT_EQ(r.ascq, 0x02);
-
-    // No sense returned: 0 even if the buffer holds old bytes.
-    h.sb_len_wr = 0;
-    EXPECT_EQ(InterpretSgIo(h, sense, 0).asc, 0);
 
     // Descriptor-format sense.
     std::array<uint8_t, 32> desc{0x72, 0x06, 0x28, 0x00};
