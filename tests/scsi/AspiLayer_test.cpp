@@ -120,7 +120,7 @@ TEST_F(AspiLayerTest, SupportAnswer) {
         EXPECT_FALSE(ParseHctl(bad)) << bad;
 }
 
-// The addresses are checked as for every block: no host, no drive there.
+// Blocks the layer cannot carry out are answered before Send returns; nothing reaches the kernel.
 TEST_F(AspiLayerTest, BlocksRefusedAtOnce) {
     // A time-out block that neither sets nor gets.
     std::array<uint8_t, kTimeoutSrbSize> timeOut{};
@@ -131,7 +131,8 @@ TEST_F(AspiLayerTest, BlocksRefusedAtOnce) {
     EXPECT_EQ(layer.Send(unknown.data()), kSrbInvalidCommand);
     EXPECT_EQ(layer.Send(nullptr), kSrbInvalidSrb);
 
-    // Execute blocks that cannot be carried out: answered before Send returns, event signalled.
+    // Execute blocks: no host, the disk, no command, a command too long, data without a
+    // direction or without a buffer. Their event is signalled all the same.
     const int event = ::eventfd(0, EFD_CLOEXEC);
     Srb longCdb = Exec({0, 0, 0}, kTur, nullptr, 0, event);
     longCdb[kExecCdbLengthAt] = 17;

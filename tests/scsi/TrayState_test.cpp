@@ -3,6 +3,7 @@
 // in the cdaudio device's tests.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <deque>
 #include <vector>
 
