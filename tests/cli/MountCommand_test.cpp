@@ -35,7 +35,7 @@ class MountCommandTest : public ::testing::Test {
 
     const fs::path folder_ = plattmix::test::ScratchFolder();
     plattmix::test::PrivateBus bus_{folder_};
-    plattmix::test::ScriptedUdisks udisks_{bus_.address(), folder_ / "media"};
+    plattmix::test::ScriptedUdisks udisks_{bus_.address()};
     ScopedEnv systemBus_{"DBUS_SYSTEM_BUS_ADDRESS", bus_.address()};
     ScopedEnv runtime_{"XDG_RUNTIME_DIR", (folder_ / "run").string()};
     const std::string image_ = plattmix::test::WriteImageStub(folder_ / "Abbild.iso");

@@ -1,11 +1,10 @@
-// Which block node a drive handle stands for, read from a sysfs tree built here, and the tray
-// state of a fall-back drive without one, asked through its transport.
+// Which block node a drive handle stands for, read from a sysfs tree built here. A fall-back
+// drive without one is asked for its tray through its transport in the drive test bed.
 #include <gtest/gtest.h>
 
 #include <filesystem>
 
 #include "BlockNode.h"
-#include "TrayState.h"
 #include "common/ScratchFolder.h"
 #include "scsi/StubTransport.h"
 
@@ -27,12 +26,4 @@ TEST(BlockNodeOf, PassThroughHandlesAreNodesFallBackDrivesFindTheirsInSysfs) {
     EXPECT_EQ(BlockNodeOf(transport, "", sys.string()), "");
     transport.name = "IMAGE";
     EXPECT_EQ(BlockNodeOf(transport, "sg1", sys.string()), "");
-}
-
-TEST(GetTrayState, AFallBackDriveWithoutBlockNodeIsAskedThroughItsTransport) {
-    test::StubTransport transport;  // every command GOOD: ready, so closed
-    transport.name = "ASPI";
-    EXPECT_EQ(scsi::GetTrayState(transport, "plattmix-no-such-sg"), scsi::kTrayClosed);
-    EXPECT_EQ(transport.cdb, std::vector<uint8_t>(6, 0));  // TEST UNIT READY
-    EXPECT_EQ(transport.timeOut, scsi::kTrayTimeOut);
 }

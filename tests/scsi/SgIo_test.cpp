@@ -1,3 +1,5 @@
+// The pass-through request and the reading of the kernel's answer where the drive test bed
+// cannot reach: other directions, descriptor sense, the kernel's failures, short reads.
 #include "SgIo.h"
 
 #include <gtest/gtest.h>
@@ -13,18 +15,13 @@ TEST(SgIo, RequestCarriesCdbLengthDirectionAndTimeOut) {
     std::vector<uint8_t> buffer(27 * 2352);
     SgIoRequest r;
     BuildSgIoRequest(r, readCd, 10, 0, buffer.data(), static_cast<int32_t>(buffer.size()), 5);
-    EXPECT_EQ(r.header.interface_id, 'S');
     // READ CD belongs to the twelve-byte group: the two bytes beyond cdblen go out as zeros.
     EXPECT_EQ(r.header.cmd_len, 12);
     EXPECT_EQ(r.cdb[9], 0x10);
-    EXPECT_EQ(r.cdb[10], 0);
-    EXPECT_EQ(r.cdb[11], 0);
+    EXPECT_EQ(r.cdb[10] | r.cdb[11], 0);
     EXPECT_EQ(r.header.dxfer_direction, SG_DXFER_FROM_DEV);
-    EXPECT_EQ(r.header.dxfer_len, 27u * 2352u);
     EXPECT_EQ(r.header.timeout, 5000u);
     EXPECT_EQ(r.header.mx_sb_len, 31);
-    EXPECT_EQ(r.header.cmdp, r.cdb.data());
-    EXPECT_EQ(r.header.sbp, r.sense.data());
 
     for (int32_t direction : {1, 16, -1}) {
         BuildSgIoRequest(r, readCd, 10, direction, buffer.data(), 2048, 10800);
@@ -37,7 +34,6 @@ TEST(SgIo, RequestCarriesCdbLengthDirectionAndTimeOut) {
 
 TEST(SgIo, ShortCommandsAreRaisedToTheirGroupsLength) {
     EXPECT_EQ(SentCdbLength(0x00, 6), 6);    // TEST UNIT READY
-    EXPECT_EQ(SentCdbLength(0x43, 10), 10);  // READ TOC
     EXPECT_EQ(SentCdbLength(0xBE, 10), 12);  // READ CD
     EXPECT_EQ(SentCdbLength(0xA8, 12), 12);  // READ(12)
     EXPECT_EQ(SentCdbLength(0x88, 10), 16);  // READ(16)
@@ -48,9 +44,7 @@ TEST(SgIo, StatusAndSenseFromTheKernelsAnswer) {
     std::array<uint8_t, 32> sense{};
     sg_io_hdr_t h{};
 
-    // Good.
     EXPECT_EQ(InterpretSgIo(h, sense, 0).status, kStatusGood);
-
     // CHECK CONDITION with fixed-format sense; the key byte is kept whole.
     sense[0] = 0x70;
     sense[2] = 0x22;  // ILI flag set, key 2
@@ -65,12 +59,6 @@ TEST(SgIo, StatusAndSenseFromTheKernelsAnswer) {
     EXPECT_EQ(r.asc, 0x3A);
     EXPECT_EQ(r.ascq, 0x02);
 
-    // No sense returned: all three are 0 even if the buffer holds old bytes.
-    h.sb_len_wr = 0;
-    r = InterpretSgIo(h, sense, 0);
-    EXPECT_EQ(r.senseKey, 0);
-    EXPECT_EQ(r.asc, 0);
-
     // Descriptor-format sense.
     std::array<uint8_t, 32> desc{0x72, 0x06, 0x28, 0x00};
     h.sb_len_wr = 8;
@@ -81,7 +69,6 @@ TEST(SgIo, StatusAndSenseFromTheKernelsAnswer) {
     // Not completed: the ioctl failed, the adapter timed out, the driver failed.
     h = sg_io_hdr_t{};
     EXPECT_EQ(InterpretSgIo(h, sense, -1).status, kStatusNotDelivered);
-    EXPECT_EQ(InterpretSgIo(h, sense, -1).senseKey, 0);
     h.host_status = 3;  // time-out
     EXPECT_EQ(InterpretSgIo(h, sense, 0).status, kStatusNotDelivered);
     h.host_status = 0;
@@ -106,10 +93,8 @@ TEST(SgIo, ShortReadsAreNotDelivered) {
         {read10, 0, 0, kStatusNotDelivered},
         {{0xA8, 0, 0, 0, 0, 16, 0, 0, 0, 1, 0, 0}, 0, 0, kStatusNotDelivered},  // READ(12)
         {readCd, 0, 2, kStatusCheckCondition},
-        {{0x12, 0, 0, 0, 76, 0}, 0, 0, kStatusGood},                   // INQUIRY
-        {{0x43, 0, 0, 0, 0, 0, 0, 0x03, 0x24, 0}, 0, 0, kStatusGood},  // READ TOC
-        {{0x46, 0, 0, 0, 0, 0, 0, 0x01, 0, 0}, 0, 0, kStatusGood},     // GET CONFIGURATION
-        {{0x2A, 0, 0, 0, 0, 16, 0, 0, 1, 0}, 1, 0, kStatusGood},       // data out
+        {{0x12, 0, 0, 0, 76, 0}, 0, 0, kStatusGood},              // INQUIRY
+        {{0x2A, 0, 0, 0, 0, 16, 0, 0, 1, 0}, 1, 0, kStatusGood},  // data out
     };
     std::vector<uint8_t> buffer(4096);
     std::array<uint8_t, 32> sense{0x70, 0, 0x03, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x11, 0x05};
