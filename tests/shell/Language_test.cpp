@@ -38,7 +38,8 @@ TEST_F(LanguageTest, GermanWithoutALanguage) {
 TEST_F(LanguageTest, TranslationOrTheGermanText) {
     const LanguageTexts texts = WithLanguageFile(
         u"Alles=All\r\nNichts=\r\nAbbruch=\"\"\r\nSchlie\u00DFen=Close\r\n"
-        u"    CD Brennen  =\"    Burn CD  \"\r\n");
+        u"    CD Brennen  =\"    Burn CD  \"\r\nLang=" +
+        std::u16string(1000, u'e') + u"\r\n");
     EXPECT_EQ(texts.LanguageName(), "Test");
     EXPECT_EQ(texts.LangText("Alles"), "All");
     EXPECT_EQ(texts.LangText("Nichts"), "Nichts");  // an empty translation keeps the German
@@ -50,11 +51,6 @@ TEST_F(LanguageTest, TranslationOrTheGermanText) {
                              "en"),
               "Close");
     EXPECT_EQ(texts.LangText("    CD Brennen  "), "    Burn CD  ");  // blanks on both sides
-}
-
-TEST_F(LanguageTest, TranslationIsCutTo799Characters) {
-    const std::u16string longText(1000, u'e');
-    const LanguageTexts texts = WithLanguageFile(u"Lang=" + longText + u"\r\n");
     EXPECT_EQ(texts.LangText("Lang"), std::string(799, 'e'));
 }
 
@@ -93,42 +89,32 @@ TEST_F(LanguageTest, LanguageNameFromTheSuiteOptions) {
 
 TEST_F(LanguageTest, CreateWritesExactlyTheMarkAndTruncates) {
     const auto path = (folder_ / "new.txt").string();
+    WriteBytes(path, "old content");
     EXPECT_TRUE(UnicodeFile_Create(path, "never written"));
-    EXPECT_EQ(ReadBytes(path), "\xFF\xFE");
-    WriteBytes(path, "old content that is longer");
-    EXPECT_TRUE(UnicodeFile_Create(path));
     EXPECT_EQ(ReadBytes(path), "\xFF\xFE");
     EXPECT_FALSE(UnicodeFile_Create((folder_ / "no/such/folder.txt").string()));
     EXPECT_FALSE(UnicodeFile_Create(folder_.string()));
 }
 
+// The text follows the mark, padded with one blank for every two bytes of the file.
 TEST_F(LanguageTest, ReadGivesTheTextFollowedByBlanks) {
-    const auto path = (folder_ / "f.txt").string();
-    // A created file holds no text: the mark, and the one blank of the buffer's second half.
-    UnicodeFile_Create(path);
-    EXPECT_EQ(UnicodeFile_Read(path), " ");
-
-    WriteBytes(path, test::kUtf16Mark + Utf16Le(u"\u00C4bcd"));  // 10 bytes
-    EXPECT_EQ(UnicodeFile_Read(path),
-              "\xC3\x84"
-              "bcd     ");
-
-    // Without the mark the first character is taken for it.
-    WriteBytes(path, Utf16Le(u"abcd"));
-    EXPECT_EQ(UnicodeFile_Read(path), "bcd    ");
-
-    // An odd last byte shares its character with a blank's upper half.
-    WriteBytes(path, test::kUtf16Mark + Utf16Le(u"ab") + "c");
-    EXPECT_EQ(UnicodeFile_Read(path), "abc   ");
-
-    WriteBytes(path, "");
-    EXPECT_EQ(UnicodeFile_Read(path), "");
+    const auto path = folder_ / "f.txt";
+    const std::pair<std::string, const char*> files[] = {
+        {"\xFF\xFE", " "},
+        {test::kUtf16Mark + Utf16Le(u"\u00C4bcd"),
+         "\xC3\x84"
+         "bcd     "},
+        {Utf16Le(u"abcd"), "bcd    "},  // without the mark the first character is taken for it
+        {test::kUtf16Mark + Utf16Le(u"ab") + "c", "abc   "},  // shares a blank's upper half
+        {"", ""},
+        {std::string("\xFF\x00\xFE\x00", 4) + Utf16Le(u"xy"), "xy    "},  // a mark of two
+    };
+    for (const auto& [bytes, text] : files) {
+        WriteBytes(path, bytes);
+        EXPECT_EQ(UnicodeFile_Read(path.string()), text) << text;
+    }
     EXPECT_EQ(UnicodeFile_Read((folder_ / "missing.txt").string()), "");
     EXPECT_EQ(UnicodeFile_Read(folder_.string()), "");
-
-    // A mark written as two characters takes both.
-    WriteBytes(path, std::string("\xFF\x00\xFE\x00", 4) + Utf16Le(u"xy"));
-    EXPECT_EQ(UnicodeFile_Read(path), "xy    ");
 }
 
 }  // namespace

@@ -3,11 +3,8 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <cstdint>
-#include <cstring>
-#include <random>
-
 #include "ShellFiles.h"
+#include "common/JunkBytes.h"
 #include "common/ScratchFolder.h"
 #include "modProfile.h"
 
@@ -37,45 +34,45 @@ class ProfileTest : public ::testing::Test {
     std::filesystem::path folder_ = test::ScratchFolder("shell");
 };
 
-TEST_F(ProfileTest, NamesIgnoreCaseAndBlanksQuotesAreTrimmed) {
+TEST_F(ProfileTest, ReadsFindNamesLikeWindowsAndCutToTheBuffer) {
     const auto path = FileWith(
         "[Diskolo]\n  Unload  =  1  \nText1=\"  Track  \"\nsingle='x y'\nhalf=\"open\n"
-        "mixed=\"a'\nempty=\"\"\n[\xC3\x84nderung]\n\xC3\x96l=ja\n");
-    EXPECT_EQ(Get(path, "DISKOLO", "unload"), "1");
-    EXPECT_EQ(Get(path, "  diskolo ", " UNLOAD  "), "1");
-    EXPECT_EQ(Get(path, "Diskolo", "Text1"), "  Track  ");
-    EXPECT_EQ(Get(path, "Diskolo", "single"), "x y");
-    EXPECT_EQ(Get(path, "Diskolo", "half"), "\"open");
-    EXPECT_EQ(Get(path, "Diskolo", "mixed"), "\"a'");
-    EXPECT_EQ(Get(path, "Diskolo", "empty"), "");
-    EXPECT_EQ(Get(path, "\xC3\xA4nderung", "\xC3\xB6L"), "ja");  // Ä/ä, Ö/ö
-}
-
-TEST_F(ProfileTest, MissingFileSectionOrKeyGivesTheDefaultFirstNameWins) {
-    const auto path = FileWith(
-        "[A]\nkey=1\nno key line\n; comment=1\nk=first\nk=second\n[B]\nk=b\n[a]\nk=third\n"
-        "only=later\n");
+        "mixed=\"a'\nempty=\"\"\n[\xC3\x84nderung]\n\xC3\x96l=ja\n"
+        "[A]\nno key line\n; comment=1\nk=first\nk=second\nlong=" +
+        std::string(2000, 'x') +
+        "\nemoji=a\xF0\x9F\x98\x80z\n[B]\nk=b\n[a]\nk=third\nonly=later\n");
+    const struct {
+        const char *section, *key, *def;
+        size_t buffer;
+        std::string expected;
+    } cases[] = {
+        {"DISKOLO", "unload", "", 1024, "1"},
+        {"  diskolo ", " UNLOAD  ", "", 1024, "1"},
+        {"Diskolo", "Text1", "", 1024, "  Track  "},
+        {"Diskolo", "single", "", 1024, "x y"},
+        {"Diskolo", "half", "", 1024, "\"open"},
+        {"Diskolo", "mixed", "", 1024, "\"a'"},
+        {"Diskolo", "empty", "-", 1024, ""},
+        {"\xC3\xA4nderung", "\xC3\xB6L", "", 1024, "ja"},  // Ä/ä, Ö/ö
+        {"C", "key", "<none>", 1024, "<none>"},
+        {"A", "no key line", "<none>", 1024, "<none>"},
+        {"A", "other", "trailing   ", 1024, "trailing"},
+        {"A", "k", "", 1024, "first"},
+        {"a", "only", "<none>", 1024, "<none>"},  // the first section of a name wins
+        {"B", "k", "", 1024, "b"},
+        {"A", "long", "", 800, std::string(799, 'x')},
+        {"A", "long", "", 1, ""},
+        {"A", "long", "", 0, ""},
+        {"A", "missing", "abcdef", 4, "abc"},
+        // A character outside the BMP takes two places and is never split.
+        {"A", "emoji", "", 3, "a"},
+        {"A", "emoji", "", 4, "a\xF0\x9F\x98\x80"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(Get(path, c.section, c.key, c.def, c.buffer), c.expected)
+            << c.section << '/' << c.key << '/' << c.buffer;
     EXPECT_EQ(Get((folder_ / "missing.ini").string(), "A", "key"), "<none>");
-    EXPECT_EQ(Get(path, "C", "key"), "<none>");
-    EXPECT_EQ(Get(path, "A", "other"), "<none>");
-    EXPECT_EQ(Get(path, "A", "no key line"), "<none>");
-    EXPECT_EQ(Get(path, "A", "other", "trailing   "), "trailing");
     EXPECT_FALSE(std::filesystem::exists(folder_ / "missing.ini"));
-    EXPECT_EQ(Get(path, "A", "k"), "first");
-    EXPECT_EQ(Get(path, "a", "only"), "<none>");
-    EXPECT_EQ(Get(path, "B", "k"), "b");
-}
-
-TEST_F(ProfileTest, AnswerIsCutToTheBuffer) {
-    const std::string longValue(2000, 'x');
-    const auto path = FileWith("[A]\nlong=" + longValue + "\nemoji=a\xF0\x9F\x98\x80z\n");
-    EXPECT_EQ(Get(path, "A", "long", "", 800), std::string(799, 'x'));
-    EXPECT_EQ(Get(path, "A", "long", "", 1), "");
-    EXPECT_EQ(Get(path, "A", "long", "", 0), "");
-    EXPECT_EQ(Get(path, "A", "missing", "abcdef", 4), "abc");
-    // A character outside the BMP takes two places and is never split.
-    EXPECT_EQ(Get(path, "A", "emoji", "", 3), "a");
-    EXPECT_EQ(Get(path, "A", "emoji", "", 4), "a\xF0\x9F\x98\x80");
 }
 
 TEST_F(ProfileTest, SectionReadGivesEveryLineAsStored) {
@@ -162,12 +159,7 @@ TEST_F(ProfileTest, DamagedFilesReadWhatCanBeRead) {
 }
 
 TEST_F(ProfileTest, BinaryJunkNeverStopsReadsOrWrites) {
-    std::mt19937_64 random(7);
-    std::string junk(10 * 1024 * 1024, '\0');
-    for (size_t i = 0; i < junk.size(); i += 8) {
-        const uint64_t bits = random();
-        std::memcpy(junk.data() + i, &bits, 8);
-    }
+    const std::string junk = test::JunkBytes(10 * 1024 * 1024);
     const auto path = FileWith(junk + "\n[Tail]\nk=found\n");
     EXPECT_EQ(Get(path, "Tail", "k"), "found");
     EXPECT_EQ(GetPrivateProfileSection("Tail", path, 32767), (Lines{"k=found"}));

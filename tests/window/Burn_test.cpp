@@ -6,10 +6,8 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
-#include <fstream>
 
 #include "BurnService.h"
-#include "IsoImage.h"
 #include "IsoTreeReader.h"
 #include "TabStrip.h"
 #include "TrackListView.h"
@@ -40,87 +38,38 @@ class StdioDrive final : public authoring::IBurnService {
     std::string target_;
 };
 
-void WriteFile(const fs::path& path, const std::string& text) {
-    fs::create_directories(path.parent_path());
-    std::ofstream(path, std::ios::binary) << text;
-}
+}  // namespace
 
-class BurnPerson : public WindowTest {
-  protected:
-    void SetUp() override {
-        WindowTest::SetUp();
-        disc = root / "disc.iso";
-        UseImages({WriteDisc("TinyTracks", root / "cd")});
-        auto options = Options();
-        const std::string target = disc.string();
-        options.window.burnService = [target] { return std::make_unique<StdioDrive>(target); };
-        startup = std::make_unique<Startup>(options);
-        window = startup->Start();
-        ASSERT_NE(window, nullptr);
-        WaitForDriveList(*window);
-        window->show();
-        window->TabStrip1->setCurrentIndex(kPageBurn);
-    }
-
-    // The compilation holds exactly these paths, checked.
-    void Compile(const std::vector<fs::path>& paths) {
-        window->Command11_Click();
-        for (const auto& path : paths) {
+// With "Disk nach dem Brennen prüfen" on, every burn is read back before the success box.
+TEST_F(WindowTest, SessionsJoinEraseEmptiesTheDiscAndAnImageFileBurnsAsItWasMade) {
+    const fs::path disc = root / "disc.iso";
+    UseImages({WriteDisc("TinyTracks", root / "cd")});
+    auto options = Options();
+    options.window.burnService = [disc] { return std::make_unique<StdioDrive>(disc.string()); };
+    frmMain* window = StartShown(options);
+    ASSERT_NE(window, nullptr);
+    window->TabStrip1->setCurrentIndex(kPageBurn);
+    const auto lastBox = [&] { return boxes.boxes.empty() ? QString() : boxes.boxes.back().text; };
+    WriteFile(root / "eins" / "a.txt", "erste Sitzung");
+    WriteFile(root / "b.txt", "auch erste Sitzung");
+    WriteFile(root / "zwei" / "c.txt", "zweite Sitzung");
+    window->Check6->click();
+    window->Check3->click();  // multisession, the disc stays open
+    for (const std::vector<fs::path>& session :
+         {std::vector{root / "eins", root / "b.txt"}, std::vector{root / "zwei"}}) {
+        window->Command11_Click();  // a new compilation of exactly these paths
+        for (const auto& path : session) {
             dialogs.answers.push_back({QString::fromStdString(path.string())});
             if (fs::is_directory(path))
                 window->Command9_Click();
             else
                 window->Command10_Click();
         }
+        window->mnuSave->trigger();
+        ASSERT_EQ(lastBox(), QStringLiteral("Brennen erfolgreich!"));
+        EXPECT_EQ(boxes.boxes.back().style, MsgBoxStyle::Information);
+        EXPECT_EQ(window->ExplorerListView1->topLevelItem(0)->text(5), QStringLiteral("Fertig"));
     }
-
-    QString LastBox() const { return boxes.boxes.empty() ? QString() : boxes.boxes.back().text; }
-
-    MsgBoxRecorder boxes;
-    DialogScript dialogs;
-    frmMain* window = nullptr;
-    fs::path disc;
-};
-
-TEST_F(BurnPerson, AnImageFileIsBurntAndReadsBackAsItWasMade) {
-    const fs::path source = root / "quelle";
-    WriteFile(source / "ordner" / "brief.txt", "Hallo Platte");
-    authoring::FolderListing listing;
-    authoring::ShowOrdnerInhalt(source.string(), listing, {});
-    const std::string image = (root / "bild.iso").string();
-    ASSERT_EQ(authoring::CreateIsoImage({source.string(), "BILD", image}, listing, {}).outcome,
-              authoring::IsoOutcome::Done);
-
-    window->OptNameBurn[1]->click();
-    window->ComboBox1->setEditText(QString::fromStdString((root / "fehlt.iso").string()));
-    window->mnuSave->trigger();
-    EXPECT_EQ(LastBox(), QStringLiteral("Bitte einen gültigen Pfad eingeben"));
-
-    window->ComboBox1->setEditText(QString::fromStdString(image));
-    window->mnuSave->trigger();
-    ASSERT_EQ(LastBox(), QStringLiteral("Brennen erfolgreich!"));
-    EXPECT_EQ(boxes.boxes.back().style, MsgBoxStyle::Information);
-    authoring::IsoTreeReader burnt(disc.string());
-    ASSERT_TRUE(burnt.ok()) << burnt.error();
-    EXPECT_EQ(burnt.VolumeId(), "BILD");
-    EXPECT_NE(burnt.Find("ordner/brief.txt"), nullptr);
-    EXPECT_FALSE(window->isBusy);
-}
-
-TEST_F(BurnPerson, ASecondSessionJoinsTheFirstAndEraseEmptiesTheDisc) {
-    WriteFile(root / "eins" / "a.txt", "erste Sitzung");
-    WriteFile(root / "b.txt", "auch erste Sitzung");
-    WriteFile(root / "zwei" / "c.txt", "zweite Sitzung");
-    window->Check3->click();  // multisession, the disc stays open
-    ASSERT_FALSE(window->Check4->isChecked());
-    Compile({root / "eins", root / "b.txt"});
-    window->mnuSave->trigger();
-    ASSERT_EQ(LastBox(), QStringLiteral("Brennen erfolgreich!"));
-    EXPECT_EQ(window->ExplorerListView1->topLevelItem(0)->text(5), QStringLiteral("Fertig"));
-
-    Compile({root / "zwei"});
-    window->mnuSave->trigger();
-    ASSERT_EQ(LastBox(), QStringLiteral("Brennen erfolgreich!"));
     {
         authoring::IsoTreeReader burnt(disc.string());
         ASSERT_TRUE(burnt.ok()) << burnt.error();
@@ -128,50 +77,28 @@ TEST_F(BurnPerson, ASecondSessionJoinsTheFirstAndEraseEmptiesTheDisc) {
             EXPECT_NE(burnt.Find(path), nullptr) << path;
     }
 
-    // Erasing asks first; No leaves the disc as it is.
     boxes.answers = {vbNo};
     window->Command8->click();
-    EXPECT_EQ(LastBox(), QStringLiteral("Wollen sie alle Daten auf der Disk löschen?"));
+    EXPECT_EQ(lastBox(), QStringLiteral("Wollen sie alle Daten auf der Disk löschen?"));
     EXPECT_TRUE(authoring::IsoTreeReader(disc.string()).ok());
     boxes.answers = {vbYes};
     window->Command8->click();
     EXPECT_EQ(window->Label4->text(), QStringLiteral("Löschen erfolgreich abgeschlossen"));
     EXPECT_FALSE(authoring::IsoTreeReader(disc.string()).ok());
-}
 
-// "Disk nach dem Brennen prüfen": an image and both sessions of a compilation are read back
-// before "Brennen erfolgreich!"; once switched on, the setting is kept.
-TEST_F(BurnPerson, TheCheckReadsEachBurnBack) {
-    WriteFile(root / "eins" / "a.txt", "erste Sitzung");
-    WriteFile(root / "zwei" / "b.txt", "zweite Sitzung");
-    EXPECT_FALSE(window->Check6->isChecked());
-    ASSERT_TRUE(window->Check6->isVisible());
-    window->Check6->click();
-    window->Check3->click();
-    for (const char* folder : {"eins", "zwei"}) {
-        Compile({root / folder});
-        window->mnuSave->trigger();
-        ASSERT_EQ(LastBox(), QStringLiteral("Brennen erfolgreich!")) << folder;
-        EXPECT_EQ(window->ExplorerListView1->topLevelItem(0)->text(5), QStringLiteral("Fertig"));
-    }
-    EXPECT_NE(authoring::IsoTreeReader(disc.string()).Find("eins/a.txt"), nullptr);
-
-    fs::remove(disc);
-    const std::string image = (root / "bild.iso").string();
-    authoring::FolderListing listing;
-    authoring::ShowOrdnerInhalt((root / "zwei").string(), listing, {});
-    ASSERT_EQ(
-        authoring::CreateIsoImage({(root / "zwei").string(), "BILD", image}, listing, {}).outcome,
-        authoring::IsoOutcome::Done);
+    const std::string image = MakeIsoImage(root / "eins", "BILD", root / "bild.iso");
     window->OptNameBurn[1]->click();
+    window->ComboBox1->setEditText(QString::fromStdString((root / "fehlt.iso").string()));
+    window->mnuSave->trigger();
+    EXPECT_EQ(lastBox(), QStringLiteral("Bitte einen gültigen Pfad eingeben"));
     window->ComboBox1->setEditText(QString::fromStdString(image));
     window->mnuSave->trigger();
-    ASSERT_EQ(LastBox(), QStringLiteral("Brennen erfolgreich!"));
-
-    window->TabStrip1->setCurrentIndex(kPageIso);
-    EXPECT_FALSE(window->Check6->isVisible());
+    ASSERT_EQ(lastBox(), QStringLiteral("Brennen erfolgreich!"));
+    authoring::IsoTreeReader burnt(disc.string());
+    ASSERT_TRUE(burnt.ok()) << burnt.error();
+    EXPECT_EQ(burnt.VolumeId(), "BILD");
+    EXPECT_NE(burnt.Find("a.txt"), nullptr);
+    // Once switched on, the check is kept.
     window->close();
     EXPECT_EQ(ReadSettingsValue(SettingsFile(), "Diskolo", "Pruefen"), "1");
 }
-
-}  // namespace

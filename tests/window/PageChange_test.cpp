@@ -48,27 +48,14 @@ class PagePerson : public WindowTest {
         return item != nullptr ? item->text(5) : QStringLiteral("<keine Zeile>");
     }
 
-    // Runs what once, at the job's next yield, the first time condition holds after signal.
-    template <typename Sender, typename Signal>
-    void Once(Sender* sender, Signal signal, std::function<bool()> condition,
-              std::function<void()> what) {
-        auto done = std::make_shared<bool>(false);
-        QObject::connect(sender, signal, window, [=, this] {
-            if (*done || !condition())
-                return;
-            *done = true;
-            QMetaObject::invokeMethod(window, what, Qt::QueuedConnection);
-        });
-    }
     void OnRowChange(std::function<bool()> condition, std::function<void()> what) {
-        Once(&List(), &QTreeWidget::itemChanged, std::move(condition), std::move(what));
+        OnceWhen(window, &List(), &QTreeWidget::itemChanged, std::move(condition), std::move(what));
     }
     void OnProgress(std::function<bool()> condition, std::function<void()> what) {
-        Once(window->ProgressBar1, &QProgressBar::valueChanged, std::move(condition),
-             std::move(what));
+        OnceWhen(window, window->ProgressBar1, &QProgressBar::valueChanged, std::move(condition),
+                 std::move(what));
     }
 
-    MsgBoxRecorder boxes;
     frmMain* window = nullptr;
 };
 

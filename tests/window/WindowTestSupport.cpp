@@ -6,9 +6,41 @@
 #include "DemoDisc.h"
 #include "DiscWriter.h"
 #include "Fixtures.h"
+#include "IsoImage.h"
+#include "TrackListView.h"
 #include "modProfile.h"
 
 namespace plattmix::window::test {
+
+namespace {
+
+template <typename T>
+T Next(std::deque<T>& queue, T none) {
+    if (queue.empty())
+        return none;
+    T next = std::move(queue.front());
+    queue.pop_front();
+    return next;
+}
+
+}  // namespace
+
+WindowTest::WindowTest() {
+    SetMsgBoxAnswerer([this](const QString& text, MsgBoxStyle style, const QString& title) {
+        boxes.boxes.push_back({text, style, title});
+        return style == MsgBoxStyle::QuestionYesNo ? Next(boxes.answers, int{vbNo}) : int{vbOK};
+    });
+    SetDialogAnswerer([this](DialogRequest& request) {
+        dialogs.requests.push_back(request);
+        return Next(dialogs.answers, QStringList());
+    });
+}
+
+WindowTest::~WindowTest() {
+    startup.reset();  // a window that closes now may still ask
+    SetMsgBoxAnswerer({});
+    SetDialogAnswerer({});
+}
 
 std::string WriteDisc(const std::string& fixture, const std::filesystem::path& folder) {
     const auto which = discgen::FixtureByName(fixture);
@@ -16,6 +48,11 @@ std::string WriteDisc(const std::string& fixture, const std::filesystem::path& f
     const auto written = discgen::WriteDisc(discgen::FixtureSpec(*which), folder);
     EXPECT_TRUE(written.ok()) << written.error;
     return written.ok() ? written.value->cuePath.string() : std::string();
+}
+
+void WriteFile(const std::filesystem::path& path, const std::string& text) {
+    std::filesystem::create_directories(path.parent_path());
+    std::ofstream(path, std::ios::binary) << text;
 }
 
 std::string DemoDiscIn(const std::filesystem::path& folder) {
@@ -34,6 +71,16 @@ std::string DataDiscIn(const std::filesystem::path& folder) {
     return path.string();
 }
 
+std::string MakeIsoImage(const std::filesystem::path& folder, const std::string& volume,
+                         const std::filesystem::path& image) {
+    authoring::FolderListing listing;
+    authoring::ShowOrdnerInhalt(folder.string(), listing, {});
+    const auto made =
+        authoring::CreateIsoImage({folder.string(), volume, image.string()}, listing, {});
+    EXPECT_EQ(made.outcome, authoring::IsoOutcome::Done) << image;
+    return image.string();
+}
+
 void SavePicture(const QImage& picture, const QString& name) {
     for (const char* variable : {"PLATTMIX_SCREENSHOT_OUT", "PLATTMIX_SCREENSHOT_DIR"}) {
         const QString folder = qEnvironmentVariable(variable);
@@ -42,6 +89,22 @@ void SavePicture(const QImage& picture, const QString& name) {
         QDir().mkpath(folder);
         EXPECT_TRUE(picture.save(folder + QLatin1Char('/') + name)) << name.toStdString();
     }
+}
+
+scsi::imagedrive::clsImageDrive& ImageDriveOf(frmMain& window) {
+    return dynamic_cast<scsi::imagedrive::clsImageDrive&>(*window.Transport());
+}
+
+std::string FirstDrive(frmMain& window) {
+    int16_t first = 1;
+    return ImageDriveOf(window).DriveHandle(first);
+}
+
+QStringList Results(frmMain& window) {
+    QStringList texts;
+    for (int row = 0; row < window.ExplorerListView1->topLevelItemCount(); ++row)
+        texts << window.ExplorerListView1->topLevelItem(row)->text(5);
+    return texts;
 }
 
 std::string ReadSettingsValue(const std::filesystem::path& file, const std::string& section,
