@@ -1,10 +1,14 @@
-// Interface texts: the language lookup, the language name, and the two UTF-16 file helpers.
+// Interface texts: the language lookup, the language name, the two UTF-16 file helpers and the
+// English file the program ships.
 #include <gtest/gtest.h>
+
+#include <set>
 
 #include "ShellFiles.h"
 #include "common/JunkBytes.h"
 #include "common/ScratchFolder.h"
 #include "modLanguage.h"
+#include "modProfile.h"
 
 namespace plattmix::shell {
 namespace {
@@ -115,6 +119,36 @@ TEST_F(LanguageTest, ReadGivesTheTextFollowedByBlanks) {
     }
     EXPECT_EQ(UnicodeFile_Read((folder_ / "missing.txt").string()), "");
     EXPECT_EQ(UnicodeFile_Read(folder_.string()), "");
+}
+
+// The English file shipped in Languages/: every entry is found by the lookup and says something
+// other than the German text.
+TEST(EnglishLanguage, IsUnicodeAndEveryEntryIsFoundAndTranslated) {
+    const std::string languages = PLATTMIX_SOURCE_DIR "/Languages/";
+    const std::string file = languages + "English.lng";
+    const LanguageTexts texts(languages, "English");
+    // Texts that read the same in English.
+    const std::set<std::string> sameInEnglish = {"Plattmix", "Play", "Stop", "Track", "Audio"};
+    const std::string bytes = test::ReadBytes(file);
+    ASSERT_TRUE(bytes.starts_with("\xFF\xFE"));
+    EXPECT_NE(bytes.find(test::Utf16Le(u"\r\n[Common]\r\n")), std::string::npos);
+    EXPECT_EQ(texts.LanguageName(), "English");
+
+    const auto lines = modProfile::GetPrivateProfileSection("Common", file, 32767);
+    ASSERT_GE(lines.size(), 90u);
+    for (const std::string& line : lines) {
+        const size_t equals = line.find('=');
+        ASSERT_NE(equals, std::string::npos) << line;
+        const std::string key = line.substr(0, equals);
+        std::string english = line.substr(equals + 1);
+        if (english.size() >= 2 && english.front() == '"' && english.back() == '"') {
+            english = english.substr(1, english.size() - 2);
+        }
+        EXPECT_EQ(texts.LangText(key), english) << key;
+        if (!sameInEnglish.contains(key)) {
+            EXPECT_NE(english, key) << key;
+        }
+    }
 }
 
 }  // namespace

@@ -1,6 +1,12 @@
-// The controls each page of the tab strip shows, and the burning page's own rules.
+// The three pages: the controls each shows, the burning page's own rules, the button that
+// attaches an image as a drive on a machine without a service for virtual drives (attaching
+// itself is tested against the kernel in the drive test bed), and the README's pictures of the
+// pages with the demo disc, written when the run asks for them (PLATTMIX_SCREENSHOT_OUT, set by
+// the run under a real X server, and PLATTMIX_SCREENSHOT_DIR for a folder of one's own).
 #include <QCheckBox>
 #include <QComboBox>
+#include <QCoreApplication>
+#include <QDir>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -9,8 +15,10 @@
 
 #include "TabStrip.h"
 #include "TrackListView.h"
+#include "VirtualDrive.h"
 #include "WindowTestSupport.h"
 
+using namespace plattmix;
 using namespace plattmix::window;
 using namespace plattmix::window::test;
 
@@ -51,4 +59,42 @@ TEST_F(WindowTest, EachPageShowsItsOwnControls) {
         window->Check3->click();
     }
     EXPECT_TRUE(boxes.boxes.empty());  // nothing unsaved on the burning page
+}
+
+TEST_F(WindowTest, WithoutAServiceAttachingTellsWhyAndACancelledDialogDoesNothing) {
+    UseImages({WriteDisc("TinyTracks", root / "disc")});
+    auto options = Options();
+    options.window.virtualDrives = [] { return nullptr; };
+    frmMain* window = StartShown(options);
+    ASSERT_NE(window, nullptr);
+    window->TabStrip1->setCurrentIndex(kPageIso);
+    window->Command15[0]->click();
+    EXPECT_TRUE(boxes.boxes.empty());
+
+    WriteFile(root / "quelle" / "a.txt", "a");
+    const std::string image = MakeIsoImage(root / "quelle", "", root / "bild.iso");
+    dialogs.answers = {{QString::fromStdString(image)}};
+    window->Command15[0]->click();
+    EXPECT_EQ(dialogs.requests.back().filter, QStringLiteral("ISO Dateien|*.iso"));
+    ASSERT_EQ(boxes.boxes.size(), 1u);
+    EXPECT_EQ(boxes.boxes[0].text.toStdString(), vdrive::NoServiceText());
+}
+
+TEST_F(WindowTest, EachPageMakesAPicture) {
+    UseImages({DemoDiscIn(root / "demo")});
+    frmMain* window = StartShown();
+    ASSERT_NE(window, nullptr);
+    window->resize(860, 640);
+    window->show();
+    window->ComboBox1->setEditText(QDir::homePath() + QStringLiteral("/Musik/"));
+    const char* const names[] = {"rippen.png", "iso.png", "brennen.png"};
+    for (int page = 0; page < 3; ++page) {
+        window->TabStrip1->setCurrentIndex(page);
+        window->Timer2->stop();  // the refresh would read the disc again; the picture is enough
+        QCoreApplication::processEvents();
+        const QImage picture = window->grab().toImage();
+        ASSERT_FALSE(picture.isNull());
+        SavePicture(picture, QString::fromUtf8(names[page]));
+    }
+    EXPECT_TRUE(boxes.boxes.empty());
 }

@@ -6,11 +6,9 @@
 #include <QComboBox>
 #include <QKeyEvent>
 #include <QLineEdit>
-#include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
 #include <algorithm>
-#include <fstream>
 #include <map>
 
 #include "DiscWriter.h"
@@ -27,28 +25,15 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr int kWav = 6;
-enum Selection { kAll = 0, kNothing = 1, kEven = 3, kOdd = 4 };
+enum Selection { kAll = 0, kNothing = 1, kEven = 3 };
 const QString kWriting = QStringLiteral("Schreibe...");
 const QString kDone = QStringLiteral(" -->Fertig");
-
-// Five audio tracks; the last is long enough to lose its 150 closing sectors and keep some.
-discgen::DiscSpec FiveTracks() {
-    discgen::DiscSpec spec = discgen::AudioThreeTracks();
-    spec.name = "FiveTracks";
-    for (const int32_t sectors : {150, 300}) {
-        discgen::TrackSpec track = spec.tracks.back();
-        track.sectors = sectors;
-        track.title = "Spur 0" + std::to_string(spec.tracks.size() + 1);
-        spec.tracks.push_back(track);
-    }
-    return spec;
-}
 
 class RipPerson : public WindowTest {
   protected:
     void SetUp() override {
         WindowTest::SetUp();
-        const auto written = discgen::WriteDisc(FiveTracks(), root / "disc");
+        const auto written = discgen::WriteDisc(discgen::AudioThreeTracks(), root / "disc");
         ASSERT_TRUE(written.ok()) << written.error;
         disc = *written.value;
         UseImages({disc.cuePath.string()});
@@ -134,7 +119,7 @@ TEST_F(RipPerson, CheckedTracksBecomeFilesNamedAsChosen) {
     window->Check2->setChecked(true);    // the number first
     Choose(kEven);
     PressStart();
-    const QStringList results = {"", "01Lied .wav -->Fertig", "", "02Lied .wav -->Fertig", ""};
+    const QStringList results = {"", "01Lied .wav -->Fertig", ""};
     EXPECT_EQ(Results(), results);
     EXPECT_EQ(FilesIn(target), FilesOf(results));
     EXPECT_FALSE(window->isBusy);
@@ -142,8 +127,6 @@ TEST_F(RipPerson, CheckedTracksBecomeFilesNamedAsChosen) {
 }
 
 TEST_F(RipPerson, RefusedStartWritesNothingAndSaysWhy) {
-    const fs::path blocker = root / "datei";
-    std::ofstream(blocker) << "kein Ordner";
     const QString noTarget = QStringLiteral("Bitte einen gültigen Ziel-Pfad eingeben");
     const struct {
         const char* what;
@@ -152,8 +135,6 @@ TEST_F(RipPerson, RefusedStartWritesNothingAndSaysWhy) {
         MsgBoxStyle style;
     } cases[] = {
         {"no target", [&] { TypeTarget({}); }, noTarget, MsgBoxStyle::Exclamation},
-        {"target below a file", [&] { TypeTarget(blocker / "Musik"); }, noTarget,
-         MsgBoxStyle::Exclamation},
         {"nothing checked, No", [&] { Choose(kNothing); },
          "Keine Tracks angehakt!\r\nWollen sie alle Tracks auswählen und starten?",
          MsgBoxStyle::QuestionYesNo},
@@ -198,8 +179,7 @@ TEST_F(RipPerson, NothingCheckedAnsweredYesRipsEveryTrackAndCheck1Closes) {
     ASSERT_EQ(boxes.boxes.size(), 1u);
     EXPECT_EQ(boxes.boxes[0].style, MsgBoxStyle::QuestionYesNo);
     const QStringList all = {"Track01.wav -->Fertig", "Track02.wav -->Fertig",
-                             "Track03.wav -->Fertig", "Track04.wav -->Fertig",
-                             "Track05.wav -->Fertig"};
+                             "Track03.wav -->Fertig"};
     EXPECT_EQ(Results(), all);
     EXPECT_EQ(FilesIn(target), FilesOf(all));
     // The finished job closed the program, which saved its settings.
@@ -208,28 +188,21 @@ TEST_F(RipPerson, NothingCheckedAnsweredYesRipsEveryTrackAndCheck1Closes) {
 }
 
 TEST_F(RipPerson, StoppingDuringARipEndsItAtTheNextTrackAndKeepsTheWindow) {
-    const auto thirdStarts = [&] { return Results()[2] == kWriting; };
-    // The second track is being read (slowly): it is finished, the third is not begun.
-    const auto secondIsRead = [&] {
-        return Results()[1] == kWriting && window->ProgressBar1->value() > 0;
-    };
+    // Pressed as the third track starts: it is not begun. A close during a job is tested with
+    // an image.
     const struct {
         const char* what;
-        std::function<bool()> when;
-        bool onProgress;
         std::function<void()> stop;
     } cases[] = {
-        {"Abbrechen", thirdStarts, false, [&] { window->Command2->click(); }},
-        {"F9", thirdStarts, false,
+        {"Abbrechen", [&] { window->Command2->click(); }},
+        {"F9",
          [&] {
              QKeyEvent release(QEvent::KeyRelease, Qt::Key_F9, Qt::NoModifier);
              QApplication::sendEvent(window->ExplorerListView1, &release);
          }},
-        {"close", secondIsRead, true, [&] { EXPECT_FALSE(window->close()); }},
     };
-    const QStringList stopped = {"Track01.wav -->Fertig", "Track02.wav -->Fertig", "Abbruch", "",
-                                 ""};
-    window->Check1->setChecked(true);
+    const QStringList stopped = {"Track01.wav -->Fertig", "Track02.wav -->Fertig", "Abbruch"};
+    window->Check1->setChecked(true);  // a stopped job does not close the window
     ASSERT_TRUE(ImageDriveOf(*window).SetReadSpeed(FirstDrive(*window), 8));
     int n = 0;
     for (const auto& c : cases) {
@@ -237,10 +210,9 @@ TEST_F(RipPerson, StoppingDuringARipEndsItAtTheNextTrackAndKeepsTheWindow) {
         const fs::path target = root / ("Halt" + std::to_string(n++));
         Prepare(target);
         Choose(kAll);
-        if (c.onProgress)
-            OnceWhen(window, window->ProgressBar1, &QProgressBar::valueChanged, c.when, c.stop);
-        else
-            OnceWhen(window, window->ExplorerListView1, &QTreeWidget::itemChanged, c.when, c.stop);
+        OnceWhen(
+            window, window->ExplorerListView1, &QTreeWidget::itemChanged,
+            [&] { return Results()[2] == kWriting; }, c.stop);
         PressStart();
 
         EXPECT_EQ(Results(), stopped);
@@ -261,6 +233,5 @@ TEST_F(RipPerson, UnreadableTrackIsToldAndTheOthersAreRipped) {
     ASSERT_EQ(boxes.boxes.size(), 1u);
     EXPECT_TRUE(boxes.boxes[0].text.startsWith(QStringLiteral("Lesefehler in Range ")));
     EXPECT_EQ(boxes.boxes[0].style, MsgBoxStyle::Exclamation);
-    EXPECT_EQ(Results(), (QStringList{"Track01.wav -->Fertig", kWriting, "Track03.wav -->Fertig",
-                                      "Track04.wav -->Fertig", "Track05.wav -->Fertig"}));
+    EXPECT_EQ(Results(), (QStringList{"Track01.wav -->Fertig", kWriting, "Track03.wav -->Fertig"}));
 }
