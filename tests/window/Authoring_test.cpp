@@ -2,6 +2,7 @@
 // mounted data disc, and the compilation with its list file. What the disc's usage shows is
 // tested with the usage itself.
 #include <QComboBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QProgressBar>
 #include <QPushButton>
@@ -102,8 +103,12 @@ TEST_F(AuthoringPerson, TheIsoPageImagesTheChosenFolderOrRefusesWithTheDesignedT
 TEST_F(AuthoringPerson, StartOnADataDiscImagesTheMountedDiscOrAsksForASource) {
     mounted = source.string() + "/";
     StartWith(DataDiscIn(root / "disc"));
+    // The ripping page offers the disc as an image.
     ASSERT_TRUE(window->IsDataCD);
-    ASSERT_GT(Rows(), 0);
+    EXPECT_EQ(Row(0)->text(4), QStringLiteral("Daten"));
+    EXPECT_TRUE(window->OptFormat->isVisible() && window->Text3->isVisible());
+    EXPECT_FALSE(window->ComboBox3->isVisible());
+    EXPECT_EQ(window->Label2[1]->text(), QStringLiteral("+ .iso"));
     window->ComboBox1->setEditText(QString::fromStdString(target.string()));
     window->Text3->setText(QStringLiteral("DATEN"));
     boxes.answers = {vbYes};  // no row checked: check them all and start
