@@ -256,7 +256,7 @@ TEST_F(AuthoringPerson, SessionsJoinEraseEmptiesTheDiscAndAnImageFileBurnsAsItWa
     EXPECT_NE(burnt.Find("a.txt"), nullptr);
     // Once switched on, the check is kept.
     window->close();
-    EXPECT_EQ(ReadSettingsValue(SettingsFile(), "Diskolo", "Pruefen"), "1");
+    EXPECT_EQ(Setting("Pruefen"), "1");
 }
 
 }  // namespace

@@ -85,7 +85,7 @@ TEST_F(OnlinePerson, FoundTitlesAndVerdictsShowAndGoIntoTheFiles) {
     EXPECT_TRUE(QTest::qWaitFor([&] { return window->Label5[0]->text().isEmpty(); }, 20000));
     EXPECT_TRUE(window->ExplorerListView1->topLevelItem(1)->toolTip(3).isEmpty());
     window->close();
-    EXPECT_EQ(ReadSettingsValue(SettingsFile(), "Diskolo", "Sicher"), "1");
+    EXPECT_EQ(Setting("Sicher"), "1");
 }
 
 TEST_F(OnlinePerson, OffByDefaultAsksNobodyAndWritesNoKey) {
@@ -96,6 +96,6 @@ TEST_F(OnlinePerson, OffByDefaultAsksNobodyAndWritesNoKey) {
     window->Timer2_Timer();
     EXPECT_TRUE(server.Requests().empty());
     window->close();
-    EXPECT_EQ(ReadSettingsValue(SettingsFile(), "Diskolo", "MusicBrainz"), "<fehlt>");
-    EXPECT_EQ(ReadSettingsValue(SettingsFile(), "Diskolo", "Sicher"), "<fehlt>");
+    EXPECT_EQ(Setting("MusicBrainz"), "<fehlt>");
+    EXPECT_EQ(Setting("Sicher"), "<fehlt>");
 }

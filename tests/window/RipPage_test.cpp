@@ -216,7 +216,7 @@ TEST_F(RipPerson, NothingCheckedAnsweredYesRipsEveryTrackAndCheck1Closes) {
     EXPECT_EQ(FilesIn(target), FilesOf(all));
     // The finished job closed the program, which saved its settings.
     EXPECT_FALSE(window->isVisible());
-    EXPECT_EQ(ReadSettingsValue(SettingsFile(), "Diskolo", "Unload"), "1");
+    EXPECT_EQ(Setting("Unload"), "1");
 }
 
 TEST_F(RipPerson, StoppingDuringARipEndsItAtTheNextTrackAndKeepsTheWindow) {
@@ -345,7 +345,7 @@ TEST_F(RipPerson, F9ClosesTheIdleWindowOnRelease) {
     EXPECT_TRUE(window->isVisible());
     Key(QEvent::KeyRelease, Qt::Key_F9);
     EXPECT_FALSE(window->isVisible());
-    EXPECT_EQ(ReadSettingsValue(SettingsFile(), "Diskolo", "Text1"), "Track");
+    EXPECT_EQ(Setting("Text1"), "Track");
 }
 
 TEST_F(RipPerson, ChosenTargetFolderBecomesTheTextAndARecentFolder) {

@@ -18,7 +18,7 @@ TEST_F(WindowTest, FirstStartCreatesTheSettingsFileAndTheSettingsComeBackAtTheNe
     // reads it (this start ends, as no drive and no image is there yet).
     const std::string disc = WriteDisc("AudioThreeTracks", root / "disc");
     ASSERT_EQ(Start(), nullptr);
-    EXPECT_EQ(ReadSettingsValue(SettingsFile(), "Diskolo", "Unload"), "<fehlt>");
+    EXPECT_EQ(Setting("Unload"), "<fehlt>");
     EXPECT_EQ(std::filesystem::file_size(SettingsFile()), 2u);  // the mark
     startup.reset();
 
@@ -28,9 +28,9 @@ TEST_F(WindowTest, FirstStartCreatesTheSettingsFileAndTheSettingsComeBackAtTheNe
     EXPECT_FALSE(window->Check1->isChecked());
     EXPECT_TRUE(window->Text1->text().isEmpty());
     window->close();
-    EXPECT_EQ(ReadSettingsValue(SettingsFile(), "Diskolo", "Unload"), "0");
-    EXPECT_EQ(ReadSettingsValue(SettingsFile(), "Diskolo", "Text1"), "Track");
-    EXPECT_EQ(ReadSettingsValue(SettingsFile(), "Diskolo", "Pruefen"), "<fehlt>");
+    EXPECT_EQ(Setting("Unload"), "0");
+    EXPECT_EQ(Setting("Text1"), "Track");
+    EXPECT_EQ(Setting("Pruefen"), "<fehlt>");
     startup.reset();
 
     window = StartShown();
@@ -70,7 +70,7 @@ TEST_F(WindowTest, NoTransportEndsWithTheTwoLineMessage) {
                                                   "Programm kann nicht verwendet werden."));
     EXPECT_EQ(boxes.boxes[0].style, MsgBoxStyle::Exclamation);
     // Nothing was loaded or saved.
-    EXPECT_EQ(ReadSettingsValue(SettingsFile(), "Diskolo", "Unload"), "<fehlt>");
+    EXPECT_EQ(Setting("Unload"), "<fehlt>");
     EXPECT_EQ(startup->Window(), nullptr);
 }
 

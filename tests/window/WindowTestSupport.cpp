@@ -62,13 +62,8 @@ std::string DemoDiscIn(const std::filesystem::path& folder) {
 }
 
 std::string DataDiscIn(const std::filesystem::path& folder) {
-    std::filesystem::create_directories(folder);
-    const auto path = folder / "daten.iso";
-    std::ofstream out(path, std::ios::binary);
-    const std::string sector(2048, '\0');
-    for (int i = 0; i < 300; ++i)
-        out << sector;
-    return path.string();
+    WriteFile(folder / "daten.iso", std::string(300 * 2048, '\0'));
+    return (folder / "daten.iso").string();
 }
 
 std::string MakeIsoImage(const std::filesystem::path& folder, const std::string& volume,
@@ -107,9 +102,9 @@ QStringList Results(frmMain& window) {
     return texts;
 }
 
-std::string ReadSettingsValue(const std::filesystem::path& file, const std::string& section,
-                              const std::string& key) {
-    return shell::modProfile::GetPrivateProfileString(section, key, "<fehlt>", file.string(), 1024);
+std::string WindowTest::Setting(const std::string& key) const {
+    return shell::modProfile::GetPrivateProfileString("Diskolo", key, "<fehlt>",
+                                                      SettingsFile().string(), 1024);
 }
 
 }  // namespace plattmix::window::test

@@ -70,6 +70,8 @@ class WindowTest : public ::testing::Test {
     std::filesystem::path SettingsFile() const { return appData / "Trovalis" / "Diskolo.ini"; }
     std::filesystem::path SuiteOptionsFile() const { return appData / "Trovalis" / "Opt.ini"; }
     shell::SettingsPaths Paths() const { return shell::ComputeSettingsPaths(); }
+    // A value of the window's section in the settings file; "<fehlt>" when there is none.
+    std::string Setting(const std::string& key) const;
 
     StartupOptions Options() const {
         StartupOptions options;
@@ -167,8 +169,5 @@ std::string MakeIsoImage(const std::filesystem::path& folder, const std::string&
 // Writes picture as name into the folders the run asks pictures for (PLATTMIX_SCREENSHOT_OUT,
 // set by the run under a real X server, and PLATTMIX_SCREENSHOT_DIR); nothing when none is set.
 void SavePicture(const QImage& picture, const QString& name);
-
-std::string ReadSettingsValue(const std::filesystem::path& file, const std::string& section,
-                              const std::string& key);
 
 }  // namespace plattmix::window::test
