@@ -86,33 +86,32 @@ TEST_F(ProfileTest, SectionReadGivesEveryLineAsStored) {
     EXPECT_EQ(GetPrivateProfileSection("ComboBox1", path, 11), (Lines{"/home/u/M"}));
 }
 
-TEST_F(ProfileTest, Utf16FileWithMarkStaysUtf16WithCrLf) {
-    const auto path = FileWith(test::kUtf16Mark + Utf16Le(u"[Diskolo]\r\nText1=M\u00FCller\r\n"));
-    EXPECT_EQ(Get(path, "Diskolo", "Text1"), "M\xC3\xBCller");
-    ASSERT_TRUE(WritePrivateProfileString("Diskolo", "Unload", "1", path));
-    EXPECT_EQ(ReadBytes(path),
-              test::kUtf16Mark + Utf16Le(u"[Diskolo]\r\nText1=M\u00FCller\r\nUnload=1\r\n"));
-
-    // A file of just the mark gets its first section, characters outside the BMP as pairs.
-    const auto empty = FileWith(test::kUtf16Mark, "empty.ini");
-    ASSERT_TRUE(
-        WritePrivateProfileString("Diskolo", "Text1", "\xE2\x82\xAC \xF0\x9F\x8E\xB5", empty));
-    EXPECT_EQ(ReadBytes(empty),
-              test::kUtf16Mark + Utf16Le(u"[Diskolo]\r\nText1=\u20AC \U0001F3B5\r\n"));
-    EXPECT_EQ(Get(empty, "Diskolo", "Text1"), "\xE2\x82\xAC \xF0\x9F\x8E\xB5");
-}
-
-TEST_F(ProfileTest, EightBitFilesKeepTheirFormOnWrite) {
-    const auto utf8 = FileWith("[A]\nname=\xC3\xA4\n", "utf8.ini");
-    ASSERT_TRUE(WritePrivateProfileString("A", "new", "\xC3\xB6", utf8));
-    EXPECT_EQ(ReadBytes(utf8), "[A]\nname=\xC3\xA4\nnew=\xC3\xB6\n");
-
-    // Latin-1 bytes that are not UTF-8 are read as Windows-1252, and the file stays so.
-    const auto ansi = FileWith("[A]\r\nname=M\xFCller \x80\r\n", "ansi.ini");
-    EXPECT_EQ(Get(ansi, "A", "name"), "M\xC3\xBCller \xE2\x82\xAC");
-    ASSERT_TRUE(WritePrivateProfileString("A", "new", "\xC3\x9F", ansi));
-    EXPECT_EQ(ReadBytes(ansi), "[A]\r\nname=M\xFCller \x80\r\nnew=\xDF\r\n");
-
+// A write keeps the file's encoding and line ends; a new file is 8-bit with CR LF.
+TEST_F(ProfileTest, WritesKeepTheFilesEncoding) {
+    const std::string euroNote = "\xE2\x82\xAC \xF0\x9F\x8E\xB5";
+    const struct {
+        const char* what;
+        std::string before, read, value, after;
+    } cases[] = {
+        {"UTF-16", test::kUtf16Mark + Utf16Le(u"[A]\r\nname=M\u00FCller\r\n"), "M\xC3\xBCller", "1",
+         test::kUtf16Mark + Utf16Le(u"[A]\r\nname=M\u00FCller\r\nnew=1\r\n")},
+        // A file of just the mark gets its first section, characters outside the BMP as pairs.
+        {"mark only", test::kUtf16Mark, "<none>", euroNote,
+         test::kUtf16Mark + Utf16Le(u"[A]\r\nnew=\u20AC \U0001F3B5\r\n")},
+        {"UTF-8", "[A]\nname=\xC3\xA4\n", "\xC3\xA4", "\xC3\xB6",
+         "[A]\nname=\xC3\xA4\nnew=\xC3\xB6\n"},
+        // Latin-1 bytes that are not UTF-8 are read as Windows-1252, and the file stays so.
+        {"Windows-1252", "[A]\r\nname=M\xFCller \x80\r\n", "M\xC3\xBCller \xE2\x82\xAC", "\xC3\x9F",
+         "[A]\r\nname=M\xFCller \x80\r\nnew=\xDF\r\n"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        const auto path = FileWith(c.before);
+        EXPECT_EQ(Get(path, "A", "name"), c.read);
+        ASSERT_TRUE(WritePrivateProfileString("A", "new", c.value, path));
+        EXPECT_EQ(ReadBytes(path), c.after);
+        EXPECT_EQ(Get(path, "A", "new"), c.value);
+    }
     const auto created = (folder_ / "created.ini").string();
     ASSERT_TRUE(WritePrivateProfileString("A", "k", "v", created));
     EXPECT_EQ(ReadBytes(created), "[A]\r\nk=v\r\n");
