@@ -1,10 +1,14 @@
-// Interface texts: the language lookup, the language name, and the two UTF-16 file helpers.
+// Interface texts: the language lookup, the language name, the two UTF-16 file helpers and the
+// English file the program ships.
 #include <gtest/gtest.h>
+
+#include <set>
 
 #include "ShellFiles.h"
 #include "common/JunkBytes.h"
 #include "common/ScratchFolder.h"
 #include "modLanguage.h"
+#include "modProfile.h"
 
 namespace plattmix::shell {
 namespace {
@@ -38,7 +42,8 @@ TEST_F(LanguageTest, GermanWithoutALanguage) {
 TEST_F(LanguageTest, TranslationOrTheGermanText) {
     const LanguageTexts texts = WithLanguageFile(
         u"Alles=All\r\nNichts=\r\nAbbruch=\"\"\r\nSchlie\u00DFen=Close\r\n"
-        u"    CD Brennen  =\"    Burn CD  \"\r\n");
+        u"    CD Brennen  =\"    Burn CD  \"\r\nLang=" +
+        std::u16string(1000, u'e') + u"\r\n");
     EXPECT_EQ(texts.LanguageName(), "Test");
     EXPECT_EQ(texts.LangText("Alles"), "All");
     EXPECT_EQ(texts.LangText("Nichts"), "Nichts");  // an empty translation keeps the German
@@ -50,11 +55,6 @@ TEST_F(LanguageTest, TranslationOrTheGermanText) {
                              "en"),
               "Close");
     EXPECT_EQ(texts.LangText("    CD Brennen  "), "    Burn CD  ");  // blanks on both sides
-}
-
-TEST_F(LanguageTest, TranslationIsCutTo799Characters) {
-    const std::u16string longText(1000, u'e');
-    const LanguageTexts texts = WithLanguageFile(u"Lang=" + longText + u"\r\n");
     EXPECT_EQ(texts.LangText("Lang"), std::string(799, 'e'));
 }
 
@@ -93,42 +93,62 @@ TEST_F(LanguageTest, LanguageNameFromTheSuiteOptions) {
 
 TEST_F(LanguageTest, CreateWritesExactlyTheMarkAndTruncates) {
     const auto path = (folder_ / "new.txt").string();
+    WriteBytes(path, "old content");
     EXPECT_TRUE(UnicodeFile_Create(path, "never written"));
-    EXPECT_EQ(ReadBytes(path), "\xFF\xFE");
-    WriteBytes(path, "old content that is longer");
-    EXPECT_TRUE(UnicodeFile_Create(path));
     EXPECT_EQ(ReadBytes(path), "\xFF\xFE");
     EXPECT_FALSE(UnicodeFile_Create((folder_ / "no/such/folder.txt").string()));
     EXPECT_FALSE(UnicodeFile_Create(folder_.string()));
 }
 
+// The text follows the mark, padded with one blank for every two bytes of the file.
 TEST_F(LanguageTest, ReadGivesTheTextFollowedByBlanks) {
-    const auto path = (folder_ / "f.txt").string();
-    // A created file holds no text: the mark, and the one blank of the buffer's second half.
-    UnicodeFile_Create(path);
-    EXPECT_EQ(UnicodeFile_Read(path), " ");
-
-    WriteBytes(path, test::kUtf16Mark + Utf16Le(u"\u00C4bcd"));  // 10 bytes
-    EXPECT_EQ(UnicodeFile_Read(path),
-              "\xC3\x84"
-              "bcd     ");
-
-    // Without the mark the first character is taken for it.
-    WriteBytes(path, Utf16Le(u"abcd"));
-    EXPECT_EQ(UnicodeFile_Read(path), "bcd    ");
-
-    // An odd last byte shares its character with a blank's upper half.
-    WriteBytes(path, test::kUtf16Mark + Utf16Le(u"ab") + "c");
-    EXPECT_EQ(UnicodeFile_Read(path), "abc   ");
-
-    WriteBytes(path, "");
-    EXPECT_EQ(UnicodeFile_Read(path), "");
+    const auto path = folder_ / "f.txt";
+    const std::pair<std::string, const char*> files[] = {
+        {"\xFF\xFE", " "},
+        {test::kUtf16Mark + Utf16Le(u"\u00C4bcd"),
+         "\xC3\x84"
+         "bcd     "},
+        {Utf16Le(u"abcd"), "bcd    "},  // without the mark the first character is taken for it
+        {test::kUtf16Mark + Utf16Le(u"ab") + "c", "abc   "},  // shares a blank's upper half
+        {"", ""},
+        {std::string("\xFF\x00\xFE\x00", 4) + Utf16Le(u"xy"), "xy    "},  // a mark of two
+    };
+    for (const auto& [bytes, text] : files) {
+        WriteBytes(path, bytes);
+        EXPECT_EQ(UnicodeFile_Read(path.string()), text) << text;
+    }
     EXPECT_EQ(UnicodeFile_Read((folder_ / "missing.txt").string()), "");
     EXPECT_EQ(UnicodeFile_Read(folder_.string()), "");
+}
 
-    // A mark written as two characters takes both.
-    WriteBytes(path, std::string("\xFF\x00\xFE\x00", 4) + Utf16Le(u"xy"));
-    EXPECT_EQ(UnicodeFile_Read(path), "xy    ");
+// The English file shipped in Languages/: every entry is found by the lookup and says something
+// other than the German text.
+TEST(EnglishLanguage, IsUnicodeAndEveryEntryIsFoundAndTranslated) {
+    const std::string languages = PLATTMIX_SOURCE_DIR "/Languages/";
+    const std::string file = languages + "English.lng";
+    const LanguageTexts texts(languages, "English");
+    // Texts that read the same in English.
+    const std::set<std::string> sameInEnglish = {"Plattmix", "Play", "Stop", "Track", "Audio"};
+    const std::string bytes = test::ReadBytes(file);
+    ASSERT_TRUE(bytes.starts_with("\xFF\xFE"));
+    EXPECT_NE(bytes.find(test::Utf16Le(u"\r\n[Common]\r\n")), std::string::npos);
+    EXPECT_EQ(texts.LanguageName(), "English");
+
+    const auto lines = modProfile::GetPrivateProfileSection("Common", file, 32767);
+    ASSERT_GE(lines.size(), 90u);
+    for (const std::string& line : lines) {
+        const size_t equals = line.find('=');
+        ASSERT_NE(equals, std::string::npos) << line;
+        const std::string key = line.substr(0, equals);
+        std::string english = line.substr(equals + 1);
+        if (english.size() >= 2 && english.front() == '"' && english.back() == '"') {
+            english = english.substr(1, english.size() - 2);
+        }
+        EXPECT_EQ(texts.LangText(key), english) << key;
+        if (!sameInEnglish.contains(key)) {
+            EXPECT_NE(english, key) << key;
+        }
+    }
 }
 
 }  // namespace

@@ -31,22 +31,6 @@ TEST(PathsTest, AddBackslashAndSplitPath) {
     }
 }
 
-TEST(PathsTest, FilterPairs) {
-    const auto one = ParseFilter("ISO Dateien|*.iso");
-    ASSERT_EQ(one.size(), 1u);
-    EXPECT_EQ(one[0].description, "ISO Dateien");
-    EXPECT_EQ(one[0].pattern, "*.iso");
-
-    const auto two = ParseFilter("Zusammenstellung|*.txt;*.lst|Alle Dateien|*.*|");
-    ASSERT_EQ(two.size(), 2u);
-    EXPECT_EQ(two[1].description, "Alle Dateien");
-    EXPECT_EQ(two[1].pattern, "*.*");
-    EXPECT_EQ(two[0].pattern, "*.txt;*.lst");
-
-    EXPECT_TRUE(ParseFilter("").empty());
-    EXPECT_EQ(ParseFilter("Nur Text|*.txt|Ohne Muster").size(), 1u);
-}
-
 TEST(PathsTest, ProgramFolders) {
     const std::string executable = ExecutableFolder();
     ASSERT_TRUE(executable.ends_with('/'));

@@ -3,11 +3,8 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <cstdint>
-#include <cstring>
-#include <random>
-
 #include "ShellFiles.h"
+#include "common/JunkBytes.h"
 #include "common/ScratchFolder.h"
 #include "modProfile.h"
 
@@ -37,45 +34,45 @@ class ProfileTest : public ::testing::Test {
     std::filesystem::path folder_ = test::ScratchFolder("shell");
 };
 
-TEST_F(ProfileTest, NamesIgnoreCaseAndBlanksQuotesAreTrimmed) {
+TEST_F(ProfileTest, ReadsFindNamesLikeWindowsAndCutToTheBuffer) {
     const auto path = FileWith(
         "[Diskolo]\n  Unload  =  1  \nText1=\"  Track  \"\nsingle='x y'\nhalf=\"open\n"
-        "mixed=\"a'\nempty=\"\"\n[\xC3\x84nderung]\n\xC3\x96l=ja\n");
-    EXPECT_EQ(Get(path, "DISKOLO", "unload"), "1");
-    EXPECT_EQ(Get(path, "  diskolo ", " UNLOAD  "), "1");
-    EXPECT_EQ(Get(path, "Diskolo", "Text1"), "  Track  ");
-    EXPECT_EQ(Get(path, "Diskolo", "single"), "x y");
-    EXPECT_EQ(Get(path, "Diskolo", "half"), "\"open");
-    EXPECT_EQ(Get(path, "Diskolo", "mixed"), "\"a'");
-    EXPECT_EQ(Get(path, "Diskolo", "empty"), "");
-    EXPECT_EQ(Get(path, "\xC3\xA4nderung", "\xC3\xB6L"), "ja");  // Ä/ä, Ö/ö
-}
-
-TEST_F(ProfileTest, MissingFileSectionOrKeyGivesTheDefaultFirstNameWins) {
-    const auto path = FileWith(
-        "[A]\nkey=1\nno key line\n; comment=1\nk=first\nk=second\n[B]\nk=b\n[a]\nk=third\n"
-        "only=later\n");
+        "mixed=\"a'\nempty=\"\"\n[\xC3\x84nderung]\n\xC3\x96l=ja\n"
+        "[A]\nno key line\n; comment=1\nk=first\nk=second\nlong=" +
+        std::string(2000, 'x') +
+        "\nemoji=a\xF0\x9F\x98\x80z\n[B]\nk=b\n[a]\nk=third\nonly=later\n");
+    const struct {
+        const char *section, *key, *def;
+        size_t buffer;
+        std::string expected;
+    } cases[] = {
+        {"DISKOLO", "unload", "", 1024, "1"},
+        {"  diskolo ", " UNLOAD  ", "", 1024, "1"},
+        {"Diskolo", "Text1", "", 1024, "  Track  "},
+        {"Diskolo", "single", "", 1024, "x y"},
+        {"Diskolo", "half", "", 1024, "\"open"},
+        {"Diskolo", "mixed", "", 1024, "\"a'"},
+        {"Diskolo", "empty", "-", 1024, ""},
+        {"\xC3\xA4nderung", "\xC3\xB6L", "", 1024, "ja"},  // Ä/ä, Ö/ö
+        {"C", "key", "<none>", 1024, "<none>"},
+        {"A", "no key line", "<none>", 1024, "<none>"},
+        {"A", "other", "trailing   ", 1024, "trailing"},
+        {"A", "k", "", 1024, "first"},
+        {"a", "only", "<none>", 1024, "<none>"},  // the first section of a name wins
+        {"B", "k", "", 1024, "b"},
+        {"A", "long", "", 800, std::string(799, 'x')},
+        {"A", "long", "", 1, ""},
+        {"A", "long", "", 0, ""},
+        {"A", "missing", "abcdef", 4, "abc"},
+        // A character outside the BMP takes two places and is never split.
+        {"A", "emoji", "", 3, "a"},
+        {"A", "emoji", "", 4, "a\xF0\x9F\x98\x80"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(Get(path, c.section, c.key, c.def, c.buffer), c.expected)
+            << c.section << '/' << c.key << '/' << c.buffer;
     EXPECT_EQ(Get((folder_ / "missing.ini").string(), "A", "key"), "<none>");
-    EXPECT_EQ(Get(path, "C", "key"), "<none>");
-    EXPECT_EQ(Get(path, "A", "other"), "<none>");
-    EXPECT_EQ(Get(path, "A", "no key line"), "<none>");
-    EXPECT_EQ(Get(path, "A", "other", "trailing   "), "trailing");
     EXPECT_FALSE(std::filesystem::exists(folder_ / "missing.ini"));
-    EXPECT_EQ(Get(path, "A", "k"), "first");
-    EXPECT_EQ(Get(path, "a", "only"), "<none>");
-    EXPECT_EQ(Get(path, "B", "k"), "b");
-}
-
-TEST_F(ProfileTest, AnswerIsCutToTheBuffer) {
-    const std::string longValue(2000, 'x');
-    const auto path = FileWith("[A]\nlong=" + longValue + "\nemoji=a\xF0\x9F\x98\x80z\n");
-    EXPECT_EQ(Get(path, "A", "long", "", 800), std::string(799, 'x'));
-    EXPECT_EQ(Get(path, "A", "long", "", 1), "");
-    EXPECT_EQ(Get(path, "A", "long", "", 0), "");
-    EXPECT_EQ(Get(path, "A", "missing", "abcdef", 4), "abc");
-    // A character outside the BMP takes two places and is never split.
-    EXPECT_EQ(Get(path, "A", "emoji", "", 3), "a");
-    EXPECT_EQ(Get(path, "A", "emoji", "", 4), "a\xF0\x9F\x98\x80");
 }
 
 TEST_F(ProfileTest, SectionReadGivesEveryLineAsStored) {
@@ -89,33 +86,32 @@ TEST_F(ProfileTest, SectionReadGivesEveryLineAsStored) {
     EXPECT_EQ(GetPrivateProfileSection("ComboBox1", path, 11), (Lines{"/home/u/M"}));
 }
 
-TEST_F(ProfileTest, Utf16FileWithMarkStaysUtf16WithCrLf) {
-    const auto path = FileWith(test::kUtf16Mark + Utf16Le(u"[Diskolo]\r\nText1=M\u00FCller\r\n"));
-    EXPECT_EQ(Get(path, "Diskolo", "Text1"), "M\xC3\xBCller");
-    ASSERT_TRUE(WritePrivateProfileString("Diskolo", "Unload", "1", path));
-    EXPECT_EQ(ReadBytes(path),
-              test::kUtf16Mark + Utf16Le(u"[Diskolo]\r\nText1=M\u00FCller\r\nUnload=1\r\n"));
-
-    // A file of just the mark gets its first section, characters outside the BMP as pairs.
-    const auto empty = FileWith(test::kUtf16Mark, "empty.ini");
-    ASSERT_TRUE(
-        WritePrivateProfileString("Diskolo", "Text1", "\xE2\x82\xAC \xF0\x9F\x8E\xB5", empty));
-    EXPECT_EQ(ReadBytes(empty),
-              test::kUtf16Mark + Utf16Le(u"[Diskolo]\r\nText1=\u20AC \U0001F3B5\r\n"));
-    EXPECT_EQ(Get(empty, "Diskolo", "Text1"), "\xE2\x82\xAC \xF0\x9F\x8E\xB5");
-}
-
-TEST_F(ProfileTest, EightBitFilesKeepTheirFormOnWrite) {
-    const auto utf8 = FileWith("[A]\nname=\xC3\xA4\n", "utf8.ini");
-    ASSERT_TRUE(WritePrivateProfileString("A", "new", "\xC3\xB6", utf8));
-    EXPECT_EQ(ReadBytes(utf8), "[A]\nname=\xC3\xA4\nnew=\xC3\xB6\n");
-
-    // Latin-1 bytes that are not UTF-8 are read as Windows-1252, and the file stays so.
-    const auto ansi = FileWith("[A]\r\nname=M\xFCller \x80\r\n", "ansi.ini");
-    EXPECT_EQ(Get(ansi, "A", "name"), "M\xC3\xBCller \xE2\x82\xAC");
-    ASSERT_TRUE(WritePrivateProfileString("A", "new", "\xC3\x9F", ansi));
-    EXPECT_EQ(ReadBytes(ansi), "[A]\r\nname=M\xFCller \x80\r\nnew=\xDF\r\n");
-
+// A write keeps the file's encoding and line ends; a new file is 8-bit with CR LF.
+TEST_F(ProfileTest, WritesKeepTheFilesEncoding) {
+    const std::string euroNote = "\xE2\x82\xAC \xF0\x9F\x8E\xB5";
+    const struct {
+        const char* what;
+        std::string before, read, value, after;
+    } cases[] = {
+        {"UTF-16", test::kUtf16Mark + Utf16Le(u"[A]\r\nname=M\u00FCller\r\n"), "M\xC3\xBCller", "1",
+         test::kUtf16Mark + Utf16Le(u"[A]\r\nname=M\u00FCller\r\nnew=1\r\n")},
+        // A file of just the mark gets its first section, characters outside the BMP as pairs.
+        {"mark only", test::kUtf16Mark, "<none>", euroNote,
+         test::kUtf16Mark + Utf16Le(u"[A]\r\nnew=\u20AC \U0001F3B5\r\n")},
+        {"UTF-8", "[A]\nname=\xC3\xA4\n", "\xC3\xA4", "\xC3\xB6",
+         "[A]\nname=\xC3\xA4\nnew=\xC3\xB6\n"},
+        // Latin-1 bytes that are not UTF-8 are read as Windows-1252, and the file stays so.
+        {"Windows-1252", "[A]\r\nname=M\xFCller \x80\r\n", "M\xC3\xBCller \xE2\x82\xAC", "\xC3\x9F",
+         "[A]\r\nname=M\xFCller \x80\r\nnew=\xDF\r\n"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        const auto path = FileWith(c.before);
+        EXPECT_EQ(Get(path, "A", "name"), c.read);
+        ASSERT_TRUE(WritePrivateProfileString("A", "new", c.value, path));
+        EXPECT_EQ(ReadBytes(path), c.after);
+        EXPECT_EQ(Get(path, "A", "new"), c.value);
+    }
     const auto created = (folder_ / "created.ini").string();
     ASSERT_TRUE(WritePrivateProfileString("A", "k", "v", created));
     EXPECT_EQ(ReadBytes(created), "[A]\r\nk=v\r\n");
@@ -162,12 +158,7 @@ TEST_F(ProfileTest, DamagedFilesReadWhatCanBeRead) {
 }
 
 TEST_F(ProfileTest, BinaryJunkNeverStopsReadsOrWrites) {
-    std::mt19937_64 random(7);
-    std::string junk(10 * 1024 * 1024, '\0');
-    for (size_t i = 0; i < junk.size(); i += 8) {
-        const uint64_t bits = random();
-        std::memcpy(junk.data() + i, &bits, 8);
-    }
+    const std::string junk = test::JunkBytes(10 * 1024 * 1024);
     const auto path = FileWith(junk + "\n[Tail]\nk=found\n");
     EXPECT_EQ(Get(path, "Tail", "k"), "found");
     EXPECT_EQ(GetPrivateProfileSection("Tail", path, 32767), (Lines{"k=found"}));

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "ShellFiles.h"
+#include "common/JunkBytes.h"
 #include "common/ScratchFolder.h"
 #include "modSettings.h"
 
@@ -58,6 +59,23 @@ TEST_F(SettingsTest, FirstStartCreatesTheFileWithOnlyTheMark) {
     // A second start leaves the file alone.
     EXPECT_TRUE(EnsureSettingsFile(paths));
     EXPECT_EQ(ReadIni(paths, "Diskolo", "Text1"), "Track");
+}
+
+// Reading never writes: a settings file the program cannot make sense of stays as it was.
+TEST_F(SettingsTest, ReadingLeavesADamagedSettingsFileAsItIs) {
+    const SettingsPaths paths = ComputeSettingsPaths();
+    std::filesystem::create_directories(paths.SettingsFolder);
+    const std::string junk = test::JunkBytes(64 * 1024);
+    for (const std::string& bytes :
+         {junk, test::kUtf16Mark + junk,
+          test::kUtf16Mark + test::Utf16Le(u"[Diskolo\r\nUnload=1") + "x"}) {
+        WriteBytes(paths.SettingsFile, bytes);
+        EXPECT_TRUE(EnsureSettingsFile(paths));
+        ReadIni(paths, "Diskolo", "Unload");
+        Lines entries;
+        LoadComboFromSection(paths, entries, "ComboBox1");
+        EXPECT_EQ(ReadBytes(paths.SettingsFile), bytes);
+    }
 }
 
 TEST_F(SettingsTest, SettingsFileThatCannotBeMadeIsReportedButTheChoiceStays) {

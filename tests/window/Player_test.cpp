@@ -22,18 +22,14 @@ class PlayerPerson : public WindowTest {
         UseImages({WriteDisc("AudioThreeTracks", root / "disc")});
         auto options = Options();
         options.window.audioSinks = plattmix::test::TestSinks(sound);
-        startup = std::make_unique<Startup>(options);
-        window = startup->Start();
+        window = StartShown(options);
         ASSERT_NE(window, nullptr);
-        WaitForDriveList(*window);
-        window->show();
     }
 
     QTreeWidgetItem* Row(int row) const { return window->ExplorerListView1->topLevelItem(row); }
 
     std::shared_ptr<plattmix::test::SinkRecord> sound =
         std::make_shared<plattmix::test::SinkRecord>();
-    MsgBoxRecorder boxes;
     frmMain* window = nullptr;
 };
 

@@ -1,111 +1,77 @@
-// From start to end: the settings file, a second copy, no transport, the disc images, the two
-// settings the window keeps.
+// From start to end: the settings file, a second copy, no transport, the disc images, the drive
+// list after the load and the track list of the chosen drive, the two settings the window keeps.
 #include <QCheckBox>
+#include <QComboBox>
 #include <QLineEdit>
 #include <QLockFile>
 #include <fstream>
-#include <iterator>
 
-#include "TransportSelection.h"
+#include "TrackListView.h"
 #include "WindowTestSupport.h"
 
 using namespace plattmix;
 using namespace plattmix::window;
 using namespace plattmix::window::test;
 
-namespace {
-
-std::string FileBytes(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
-}  // namespace
-
-TEST_F(WindowTest, FirstStartCreatesTheSettingsFileAndWritesBothSettingsAtTheEnd) {
+TEST_F(WindowTest, FirstStartCreatesTheSettingsFileAndTheSettingsComeBackAtTheNextStart) {
     // The very first start: the settings file is created with just the mark before anything
     // reads it (this start ends, as no drive and no image is there yet).
     const std::string disc = WriteDisc("AudioThreeTracks", root / "disc");
-    MsgBoxRecorder boxes;
     ASSERT_EQ(Start(), nullptr);
-    EXPECT_EQ(FileBytes(SettingsFile()), std::string("\xFF\xFE"));
+    EXPECT_EQ(Setting("Unload"), "<fehlt>");
+    EXPECT_EQ(std::filesystem::file_size(SettingsFile()), 2u);  // the mark
     startup.reset();
 
     UseImages({disc});
-    frmMain* window = StartAndFill();
+    frmMain* window = StartShown();
     ASSERT_NE(window, nullptr);
     EXPECT_FALSE(window->Check1->isChecked());
     EXPECT_TRUE(window->Text1->text().isEmpty());
     window->close();
-    EXPECT_EQ(ReadSettingsValue(SettingsFile(), "Diskolo", "Unload"), "0");
-    EXPECT_EQ(ReadSettingsValue(SettingsFile(), "Diskolo", "Text1"), "Track");
-    EXPECT_EQ(ReadSettingsValue(SettingsFile(), "Diskolo", "Pruefen"), "<fehlt>");
-}
+    EXPECT_EQ(Setting("Unload"), "0");
+    EXPECT_EQ(Setting("Text1"), "Track");
+    EXPECT_EQ(Setting("Pruefen"), "<fehlt>");
+    startup.reset();
 
-TEST_F(WindowTest, SavedSettingsComeBackAtTheNextStart) {
-    UseImages({WriteDisc("AudioThreeTracks", root / "disc")});
-    MsgBoxRecorder boxes;
-    frmMain* window = StartAndFill();
+    window = StartShown();
     ASSERT_NE(window, nullptr);
     window->Check1->setChecked(true);
     window->Text1->setText(QStringLiteral("Lied"));
     window->close();
     startup.reset();
-
     window = Start();
     ASSERT_NE(window, nullptr);
     EXPECT_TRUE(window->Check1->isChecked());
     EXPECT_EQ(window->Text1->text(), QStringLiteral("Lied"));
-    window->close();
-    startup.reset();
-
-    // An Unload that is no number leaves Check1 unchecked.
-    shell::WriteIni(Paths(), "Diskolo", "Unload", "ja");
-    window = Start();
-    ASSERT_NE(window, nullptr);
-    EXPECT_FALSE(window->Check1->isChecked());
 }
 
 TEST_F(WindowTest, SecondCopyIsRefusedAndCreatesNothing) {
     QLockFile first(QString::fromStdString((root / "plattmix.lock").string()));
     ASSERT_TRUE(first.tryLock(0));
-    MsgBoxRecorder boxes;
     EXPECT_EQ(Start(), nullptr);
     startup.reset();
     ASSERT_EQ(boxes.boxes.size(), 1u);
     EXPECT_EQ(boxes.boxes[0].text,
               QStringLiteral(
                   "Diese Anwendung ist bereits geladen und kann nur einmal gestartet werden!"));
-    EXPECT_EQ(boxes.boxes[0].style, MsgBoxStyle::Exclamation);
     EXPECT_EQ(boxes.boxes[0].title, QStringLiteral("Plattmix"));
     EXPECT_FALSE(std::filesystem::exists(appData / "Trovalis"));
 
     // Once the first copy has ended the lock is free again.
     first.unlock();
     UseImages({WriteDisc("AudioThreeTracks", root / "disc")});
-    ASSERT_NE(Start(), nullptr);
-    startup.reset();
     EXPECT_NE(Start(), nullptr);
-    EXPECT_EQ(boxes.boxes.size(), 1u);
 }
 
 TEST_F(WindowTest, NoTransportEndsWithTheTwoLineMessage) {
-    MsgBoxRecorder boxes;
     EXPECT_EQ(Start(), nullptr);
     ASSERT_EQ(boxes.boxes.size(), 1u);
     EXPECT_EQ(boxes.boxes[0].text, QStringLiteral("Kein funktionierendes Interface gefunden!\r\n"
                                                   "Programm kann nicht verwendet werden."));
     EXPECT_EQ(boxes.boxes[0].style, MsgBoxStyle::Exclamation);
     // Nothing was loaded or saved.
-    EXPECT_EQ(ReadSettingsValue(SettingsFile(), "Diskolo", "Unload"), "<fehlt>");
+    EXPECT_EQ(Setting("Unload"), "<fehlt>");
     EXPECT_EQ(startup->Window(), nullptr);
-    startup.reset();
-
-    // Images that all fail are no transport either.
-    UseImages({(root / "fehlt.cue").string()});
-    EXPECT_EQ(Start(), nullptr);
-    ASSERT_EQ(boxes.boxes.size(), 3u);
-    EXPECT_EQ(boxes.boxes[2].text, QString::fromUtf8(plattmix::scsi::kNoTransportMessage));
 }
 
 TEST_F(WindowTest, ImageThatFailsIsNamedOnceAndTheOthersAreUsed) {
@@ -114,14 +80,60 @@ TEST_F(WindowTest, ImageThatFailsIsNamedOnceAndTheOthersAreUsed) {
     const std::string broken = (root / "kaputt.cue").string();
     std::ofstream(broken) << "FILE \"nichts.bin\" BINARY\n  TRACK 01 AUDIO\n";
     UseImages({missing, good, broken});
-    MsgBoxRecorder boxes;
-    frmMain* window = StartAndFill();
+    frmMain* window = StartShown();
     ASSERT_NE(window, nullptr);
     ASSERT_EQ(boxes.boxes.size(), 1u);
-    EXPECT_EQ(boxes.boxes[0].style, MsgBoxStyle::Exclamation);
     EXPECT_TRUE(boxes.boxes[0].text.contains(QString::fromStdString(missing)));
     EXPECT_TRUE(boxes.boxes[0].text.contains(QString::fromStdString(broken)))
         << boxes.boxes[0].text.toStdString();
     EXPECT_FALSE(boxes.boxes[0].text.contains(QString::fromStdString(good)));
     EXPECT_EQ(window->Transport()->DriveCount(), 1);
+}
+
+TEST_F(WindowTest, DriveListIsFilledAfterTheLoadAndTheChosenDriveIsRead) {
+    const std::string first = WriteDisc("AudioThreeTracks", root / "a");
+    const std::string second = WriteDisc("TinyTracks", root / "b");
+    UseImages({first, second});
+    frmMain* window = Start();
+    ASSERT_NE(window, nullptr);
+    // Nothing is read during the load itself.
+    EXPECT_TRUE(window->isLoading);
+    EXPECT_EQ(window->cboDrv->count(), 0);
+    WaitForDriveList(*window);
+
+    ASSERT_EQ(window->cboDrv->count(), 2);
+    EXPECT_TRUE(window->cboDrv->itemText(0).startsWith(QString::fromStdString(first) + ":  "));
+    EXPECT_EQ(window->cboDrv->itemData(1).toInt(), 2);
+    EXPECT_EQ(window->cboDrv->currentIndex(), 0);
+    auto* list = window->ExplorerListView1;
+    ASSERT_EQ(list->topLevelItemCount(), 3);
+    const QTreeWidgetItem* row = list->topLevelItem(0);
+    EXPECT_EQ(row->text(0), QStringLiteral("1"));
+    EXPECT_EQ(row->text(2), QStringLiteral("00:02:00"));
+    EXPECT_EQ(row->text(4), QStringLiteral("Audio"));
+    EXPECT_EQ(row->checkState(0), Qt::Unchecked);
+    EXPECT_EQ(list->topLevelItem(1)->text(2), row->text(3));  // one ends where the next starts
+    EXPECT_FALSE(window->IsDataCD);
+    EXPECT_TRUE(boxes.boxes.empty());
+
+    // Choosing the other drive reads its tracks.
+    window->cboDrv->setCurrentIndex(1);
+    EXPECT_EQ(list->topLevelItemCount(), 4);
+}
+
+TEST_F(WindowTest, DriveThatFailsInquiryIsNamedByItsNumberAndLeftOut) {
+    UseImages({WriteDisc("AudioThreeTracks", root / "a"), WriteDisc("TinyTracks", root / "b"),
+               WriteDisc("MultiFile", root / "c")});
+    frmMain* window = Start();
+    ASSERT_NE(window, nullptr);
+    int16_t second = 2;
+    auto& drives = ImageDriveOf(*window);
+    ASSERT_TRUE(drives.TimeOutNextCommands(drives.DriveHandle(second), 1));
+    WaitForDriveList(*window);
+
+    ASSERT_EQ(boxes.boxes.size(), 1u);
+    EXPECT_EQ(boxes.boxes[0].text, QStringLiteral("INQUIRY für Laufwerk 2 gescheitert."));
+    EXPECT_EQ(boxes.boxes[0].style, MsgBoxStyle::Exclamation);
+    ASSERT_EQ(window->cboDrv->count(), 2);
+    EXPECT_EQ(window->cboDrv->itemData(1).toInt(), 3);
 }

@@ -1,24 +1,10 @@
-// The window's small rules: the tab width per screen, the mount table, the dialog filters.
+// The window's small rules: the mount table and the dialog filters.
 #include <gtest/gtest.h>
 
 #include "Dialogs.h"
 #include "MountPoint.h"
-#include "TabSize.h"
 
 using namespace plattmix::window;
-
-TEST(TabSize, FollowsTheScreensTwipsPerPixel) {
-    const std::pair<double, int> sizes[] = {
-        {15, 0},  // the usual 96-DPI screen
-        {14.4, 30}, {16, 30}, {6, 50},    {3, 50},  {6.5, 45},
-        {7, 40},    {8, 38},  {9.99, 35}, {10, 32}, {12, 30},
-    };
-    for (const auto& [twips, size] : sizes)
-        EXPECT_EQ(TabSizeForTwipsPerPixel(twips), size) << twips;
-    EXPECT_DOUBLE_EQ(TwipsPerPixel(96), 15);
-    EXPECT_DOUBLE_EQ(TwipsPerPixel(144), 10);
-    EXPECT_DOUBLE_EQ(TwipsPerPixel(0), 15);
-}
 
 TEST(MountPoint, DiscFileSystemIsFoundByItsNodeOrDeviceNumber) {
     const char* const mountInfo =
@@ -37,8 +23,6 @@ TEST(MountPoint, DiscFileSystemIsFoundByItsNodeOrDeviceNumber) {
 TEST(DialogFilters, PairsBecomeTheDialogsFilters) {
     EXPECT_EQ(QtNameFilters(QStringLiteral("ISO Dateien|*.iso")),
               QStringList{QStringLiteral("ISO Dateien (*.iso)")});
-    EXPECT_EQ(QtNameFilters(QStringLiteral("alle Dateien (*.*)|*.*")),
-              QStringList{QStringLiteral("alle Dateien (*.*)")});
     EXPECT_EQ(
         QtNameFilters(QStringLiteral("Bilder|*.iso;*.img|Text|*.txt")),
         (QStringList{QStringLiteral("Bilder (*.iso *.img)"), QStringLiteral("Text (*.txt)")}));

@@ -6,9 +6,41 @@
 #include "DemoDisc.h"
 #include "DiscWriter.h"
 #include "Fixtures.h"
+#include "IsoImage.h"
+#include "TrackListView.h"
 #include "modProfile.h"
 
 namespace plattmix::window::test {
+
+namespace {
+
+template <typename T>
+T Next(std::deque<T>& queue, T none) {
+    if (queue.empty())
+        return none;
+    T next = std::move(queue.front());
+    queue.pop_front();
+    return next;
+}
+
+}  // namespace
+
+WindowTest::WindowTest() {
+    SetMsgBoxAnswerer([this](const QString& text, MsgBoxStyle style, const QString& title) {
+        boxes.boxes.push_back({text, style, title});
+        return style == MsgBoxStyle::QuestionYesNo ? Next(boxes.answers, int{vbNo}) : int{vbOK};
+    });
+    SetDialogAnswerer([this](DialogRequest& request) {
+        dialogs.requests.push_back(request);
+        return Next(dialogs.answers, QStringList());
+    });
+}
+
+WindowTest::~WindowTest() {
+    startup.reset();  // a window that closes now may still ask
+    SetMsgBoxAnswerer({});
+    SetDialogAnswerer({});
+}
 
 std::string WriteDisc(const std::string& fixture, const std::filesystem::path& folder) {
     const auto which = discgen::FixtureByName(fixture);
@@ -18,6 +50,11 @@ std::string WriteDisc(const std::string& fixture, const std::filesystem::path& f
     return written.ok() ? written.value->cuePath.string() : std::string();
 }
 
+void WriteFile(const std::filesystem::path& path, const std::string& text) {
+    std::filesystem::create_directories(path.parent_path());
+    std::ofstream(path, std::ios::binary) << text;
+}
+
 std::string DemoDiscIn(const std::filesystem::path& folder) {
     const auto disc = discgen::EnsureDisc(discgen::DemoDiscSpec(), folder);
     EXPECT_TRUE(disc.ok()) << disc.error;
@@ -25,13 +62,18 @@ std::string DemoDiscIn(const std::filesystem::path& folder) {
 }
 
 std::string DataDiscIn(const std::filesystem::path& folder) {
-    std::filesystem::create_directories(folder);
-    const auto path = folder / "daten.iso";
-    std::ofstream out(path, std::ios::binary);
-    const std::string sector(2048, '\0');
-    for (int i = 0; i < 300; ++i)
-        out << sector;
-    return path.string();
+    WriteFile(folder / "daten.iso", std::string(300 * 2048, '\0'));
+    return (folder / "daten.iso").string();
+}
+
+std::string MakeIsoImage(const std::filesystem::path& folder, const std::string& volume,
+                         const std::filesystem::path& image) {
+    authoring::FolderListing listing;
+    authoring::ShowOrdnerInhalt(folder.string(), listing, {});
+    const auto made =
+        authoring::CreateIsoImage({folder.string(), volume, image.string()}, listing, {});
+    EXPECT_EQ(made.outcome, authoring::IsoOutcome::Done) << image;
+    return image.string();
 }
 
 void SavePicture(const QImage& picture, const QString& name) {
@@ -44,9 +86,25 @@ void SavePicture(const QImage& picture, const QString& name) {
     }
 }
 
-std::string ReadSettingsValue(const std::filesystem::path& file, const std::string& section,
-                              const std::string& key) {
-    return shell::modProfile::GetPrivateProfileString(section, key, "<fehlt>", file.string(), 1024);
+scsi::imagedrive::clsImageDrive& ImageDriveOf(frmMain& window) {
+    return dynamic_cast<scsi::imagedrive::clsImageDrive&>(*window.Transport());
+}
+
+std::string FirstDrive(frmMain& window) {
+    int16_t first = 1;
+    return ImageDriveOf(window).DriveHandle(first);
+}
+
+QStringList Results(frmMain& window) {
+    QStringList texts;
+    for (int row = 0; row < window.ExplorerListView1->topLevelItemCount(); ++row)
+        texts << window.ExplorerListView1->topLevelItem(row)->text(5);
+    return texts;
+}
+
+std::string WindowTest::Setting(const std::string& key) const {
+    return shell::modProfile::GetPrivateProfileString("Diskolo", key, "<fehlt>",
+                                                      SettingsFile().string(), 1024);
 }
 
 }  // namespace plattmix::window::test

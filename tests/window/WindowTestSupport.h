@@ -1,6 +1,6 @@
 // What the window tests share: a scratch settings folder per test, disc images in the
-// "Abbilder" section, a recorder for message boxes, scripted dialog answers and a wait for the
-// first drive list.
+// "Abbilder" section, a recorder for message boxes, scripted dialog answers, a wait for the
+// first drive list and a way to act while a job runs.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -12,6 +12,7 @@
 #include <QTimer>
 #include <deque>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -23,6 +24,7 @@
 #include "clsSPTI.h"
 #include "common/ScratchFolder.h"
 #include "frmMain.h"
+#include "imagedrive/clsImageDrive.h"
 #include "modSettings.h"
 
 namespace plattmix::window::test {
@@ -33,55 +35,16 @@ struct RecordedBox {
     QString title;
 };
 
-// Records every box instead of showing it; questions get the scripted answers (No when none).
-class MsgBoxRecorder {
-  public:
-    MsgBoxRecorder() {
-        previous_ =
-            SetMsgBoxAnswerer([this](const QString& text, MsgBoxStyle style, const QString& title) {
-                boxes.push_back({text, style, title});
-                if (style != MsgBoxStyle::QuestionYesNo)
-                    return vbOK;
-                if (answers.empty())
-                    return vbNo;
-                const int answer = answers.front();
-                answers.pop_front();
-                return answer;
-            });
-    }
-    ~MsgBoxRecorder() { SetMsgBoxAnswerer(previous_); }
-    MsgBoxRecorder(const MsgBoxRecorder&) = delete;
-    MsgBoxRecorder& operator=(const MsgBoxRecorder&) = delete;
-
+// The message boxes shown, recorded instead; questions take the scripted answers (No when none).
+struct MsgBoxes {
     std::vector<RecordedBox> boxes;
     std::deque<int> answers;
-
-  private:
-    MsgBoxAnswerer previous_;
 };
 
-// Answers the dialogs from a queue of paths (Cancel when empty) and keeps the requests.
-class DialogScript {
-  public:
-    DialogScript() {
-        previous_ = SetDialogAnswerer([this](DialogRequest& request) {
-            requests.push_back(request);
-            if (answers.empty())
-                return QStringList();
-            QStringList answer = answers.front();
-            answers.pop_front();
-            return answer;
-        });
-    }
-    ~DialogScript() { SetDialogAnswerer(previous_); }
-    DialogScript(const DialogScript&) = delete;
-    DialogScript& operator=(const DialogScript&) = delete;
-
-    std::deque<QStringList> answers;
+// The dialogs asked for; each takes the next scripted paths (Cancel when none).
+struct DialogAnswers {
     std::vector<DialogRequest> requests;
-
-  private:
-    DialogAnswerer previous_;
+    std::deque<QStringList> answers;
 };
 
 // A disc written by the generator into folder; its CUE sheet.
@@ -91,6 +54,9 @@ std::string WriteDisc(const std::string& fixture, const std::filesystem::path& f
 // machine without optical drives, so only the disc images can stand in for drives.
 class WindowTest : public ::testing::Test {
   protected:
+    WindowTest();
+    ~WindowTest() override;
+
     void SetUp() override {
         root = plattmix::test::ScratchFolder("window");
         appData = root / "appdata";
@@ -104,6 +70,8 @@ class WindowTest : public ::testing::Test {
     std::filesystem::path SettingsFile() const { return appData / "Trovalis" / "Diskolo.ini"; }
     std::filesystem::path SuiteOptionsFile() const { return appData / "Trovalis" / "Opt.ini"; }
     shell::SettingsPaths Paths() const { return shell::ComputeSettingsPaths(); }
+    // A value of the window's section in the settings file; "<fehlt>" when there is none.
+    std::string Setting(const std::string& key) const;
 
     StartupOptions Options() const {
         StartupOptions options;
@@ -132,22 +100,22 @@ class WindowTest : public ::testing::Test {
         return startup->Start();
     }
 
-    // Starts, and waits for the first drive list.
-    frmMain* StartAndFill() {
-        frmMain* window = Start();
-        if (window != nullptr)
+    // Starts with options, waits for the first drive list and shows the window.
+    frmMain* StartShown(const StartupOptions& options) {
+        startup = std::make_unique<Startup>(options);
+        frmMain* window = startup->Start();
+        if (window != nullptr) {
             WaitForDriveList(*window);
+            window->show();
+        }
         return window;
     }
 
-    // Starts with the disc the generator writes for fixture in the image drive, waits for the
-    // first drive list and shows the window.
+    frmMain* StartShown() { return StartShown(Options()); }
+    // The same with the disc the generator writes for fixture in the image drive.
     frmMain* StartShownWith(const std::string& fixture) {
         UseImages({WriteDisc(fixture, root / "disc")});
-        frmMain* window = StartAndFill();
-        if (window != nullptr)
-            window->show();
-        return window;
+        return StartShown(Options());
     }
 
     static void WaitForDriveList(frmMain& window) {
@@ -162,19 +130,44 @@ class WindowTest : public ::testing::Test {
     }
 
     std::filesystem::path root, appData, languages;
+    MsgBoxes boxes;
+    DialogAnswers dialogs;
     std::unique_ptr<Startup> startup;
 };
 
+// Runs what once, at the job's next yield, the first time condition holds after sender's signal:
+// what a person does during a job reaches the window between two of its steps.
+template <typename Sender, typename Signal>
+void OnceWhen(frmMain* window, Sender* sender, Signal signal, std::function<bool()> condition,
+              std::function<void()> what) {
+    auto done = std::make_shared<bool>(false);
+    QObject::connect(sender, signal, window, [=] {
+        if (*done || !condition())
+            return;
+        *done = true;
+        QMetaObject::invokeMethod(window, what, Qt::QueuedConnection);
+    });
+}
+
+// The image drive that stands in for the machine's drives, and the handle of its first drive.
+scsi::imagedrive::clsImageDrive& ImageDriveOf(frmMain& window);
+std::string FirstDrive(frmMain& window);
+
+// The "Ergebnis" column of every row.
+QStringList Results(frmMain& window);
+
+// Writes text into path, making its folders.
+void WriteFile(const std::filesystem::path& path, const std::string& text);
 // The demo disc, generated into folder.
 std::string DemoDiscIn(const std::filesystem::path& folder);
 // An image of a data disc: an ISO file of zeroed sectors.
 std::string DataDiscIn(const std::filesystem::path& folder);
+// An ISO image of folder named volume, made by the image job.
+std::string MakeIsoImage(const std::filesystem::path& folder, const std::string& volume,
+                         const std::filesystem::path& image);
 
 // Writes picture as name into the folders the run asks pictures for (PLATTMIX_SCREENSHOT_OUT,
 // set by the run under a real X server, and PLATTMIX_SCREENSHOT_DIR); nothing when none is set.
 void SavePicture(const QImage& picture, const QString& name);
-
-std::string ReadSettingsValue(const std::filesystem::path& file, const std::string& section,
-                              const std::string& key);
 
 }  // namespace plattmix::window::test

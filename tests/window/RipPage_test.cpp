@@ -1,0 +1,397 @@
+// The ripping page as a person uses it: a disc in the image drive, tracks checked with the
+// selection commands, a format and a target folder chosen, then "Starten"; what lands in the
+// "Ergebnis" column and in the folder, the refusals, stopping a job (also an image's), leaving
+// the page while a rip runs, F9 and the target folder dialog.
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QRadioButton>
+#include <algorithm>
+#include <fstream>
+#include <map>
+
+#include "DiscWriter.h"
+#include "Fixtures.h"
+#include "TabStrip.h"
+#include "TrackListView.h"
+#include "WindowTestSupport.h"
+#include "scsi/StubTransport.h"
+
+using namespace plattmix;
+using namespace plattmix::window;
+using namespace plattmix::window::test;
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int kWav = 6;
+enum Selection { kAll = 0, kNothing = 1, kEven = 3 };
+const QString kWriting = QStringLiteral("Schreibe...");
+const QString kDone = QStringLiteral(" -->Fertig");
+
+class RipPerson : public WindowTest {
+  protected:
+    void SetUp() override {
+        WindowTest::SetUp();
+        const auto written = discgen::WriteDisc(discgen::AudioThreeTracks(), root / "disc");
+        ASSERT_TRUE(written.ok()) << written.error;
+        disc = *written.value;
+        UseImages({disc.cuePath.string()});
+        window = StartShown(Options());
+        ASSERT_NE(window, nullptr);
+        ASSERT_EQ(Rows(), static_cast<int>(disc.tracks.size()));
+    }
+
+    int Rows() const { return window->ExplorerListView1->topLevelItemCount(); }
+    void Choose(int command) { window->ComboBox2->activated(command); }
+    // Typed into the target folder's box, without a trailing "/".
+    void TypeTarget(const fs::path& folder) {
+        window->ComboBox1->setEditText(QString::fromStdString(folder.string()));
+    }
+    void PressStart() { window->mnuSave->trigger(); }
+    QStringList Results() const { return window::test::Results(*window); }
+
+    // 44 header bytes and the track's audio up to the sector before the next track; the last
+    // track leaves off 150 more.
+    uintmax_t WavBytes(int row) const {
+        int32_t sectors = disc.tracks[static_cast<size_t>(row)].lengthSectors - 1;
+        if (row == Rows() - 1)
+            sectors -= 150;
+        return 44u + static_cast<uintmax_t>(sectors) * discgen::kAudioSectorBytes;
+    }
+
+    // Every file in folder with its size.
+    static std::map<std::string, uintmax_t> FilesIn(const fs::path& folder) {
+        std::map<std::string, uintmax_t> files;
+        if (fs::exists(folder))
+            for (const auto& entry : fs::directory_iterator(folder))
+                files[entry.path().filename().string()] = entry.file_size();
+        return files;
+    }
+    // The files the finished rows name, with the sizes their tracks give.
+    std::map<std::string, uintmax_t> FilesOf(const QStringList& results) const {
+        std::map<std::string, uintmax_t> files;
+        for (int row = 0; row < results.size(); ++row)
+            if (results[row].endsWith(kDone))
+                files[results[row].chopped(kDone.size()).toStdString()] = WavBytes(row);
+        return files;
+    }
+
+    TrackListView& List() const { return *window->ExplorerListView1; }
+    // Every text of every row of page, and its check marks.
+    QStringList PageTexts(int page) const {
+        QStringList texts;
+        for (int row = 0; row < List().PageRowCount(page); ++row) {
+            const QTreeWidgetItem* item = List().PageRow(page, row);
+            for (int column = 0; column < List().columnCount(); ++column)
+                texts << item->text(column);
+            texts << QString::number(item->checkState(0));
+        }
+        return texts;
+    }
+    QString Result(int page, int row) const {
+        const QTreeWidgetItem* item = List().PageRow(page, row);
+        return item != nullptr ? item->text(5) : QStringLiteral("<keine Zeile>");
+    }
+    void Key(QEvent::Type type, int key) {
+        QKeyEvent event(type, key, Qt::NoModifier);
+        QApplication::sendEvent(window->ExplorerListView1, &event);
+    }
+    // The rows' check marks, 'x' for checked.
+    std::string Checked() const {
+        std::string checked;
+        for (int i = 0; i < Rows(); ++i)
+            checked += List().topLevelItem(i)->checkState(0) == Qt::Checked ? 'x' : '.';
+        return checked;
+    }
+
+    // A fresh run: WAV, the target typed in, the "Ergebnis" column cleared.
+    void Prepare(const fs::path& target) {
+        window->ComboBox3->setCurrentIndex(kWav);
+        TypeTarget(target);
+        for (int row = 0; row < Rows(); ++row)
+            window->ExplorerListView1->topLevelItem(row)->setText(5, QString());
+    }
+
+    discgen::DiscDescription disc;
+    frmMain* window = nullptr;
+};
+
+}  // namespace
+
+TEST_F(WindowTest, TableOfContentsWithoutTracksAsksForAnotherDisc) {
+    // A drive that answers every command with a table of contents of the lead-out alone.
+    StartupOptions options = Options();
+    options.window.firstTransport = [] {
+        auto drive = std::make_unique<plattmix::test::StubTransport>();
+        drive->reply = {0, 10, 1, 0, 0, 0x10, 0xAA, 0, 0, 0, 2, 0};
+        return drive;
+    };
+    frmMain* window = StartShown(options);
+    ASSERT_NE(window, nullptr);
+    ASSERT_EQ(window->cboDrv->count(), 1);
+    EXPECT_EQ(window->ExplorerListView1->topLevelItemCount(), 0);
+    EXPECT_EQ(window->ExplorerListView1->EmptyListText(),
+              QStringLiteral("Keine Audio CD im Laufwerk ---> Button Aktualisieren"));
+    EXPECT_FALSE(window->IsDataCD);
+    EXPECT_TRUE(boxes.boxes.empty());
+}
+
+// The naming controls reach the job; the naming rules themselves are the rip job's to test.
+TEST_F(RipPerson, CheckedTracksBecomeFilesNamedAsChosen) {
+    // Two levels below a folder that does not exist yet.
+    const fs::path target = root / "Ziel" / "Musik";
+    Prepare(target);
+    window->Text1->setText(QStringLiteral("Lied "));
+    window->OptNameCounter[1]->click();  // "Laufende Nummer"
+    window->Check2->setChecked(true);    // the number first
+    Choose(kEven);
+    PressStart();
+    const QStringList results = {"", "01Lied .wav -->Fertig", ""};
+    EXPECT_EQ(Results(), results);
+    EXPECT_EQ(FilesIn(target), FilesOf(results));
+    EXPECT_FALSE(window->isBusy);
+    EXPECT_TRUE(boxes.boxes.empty());
+}
+
+TEST_F(RipPerson, RefusedStartWritesNothingAndSaysWhy) {
+    const QString noTarget = QStringLiteral("Bitte einen gültigen Ziel-Pfad eingeben");
+    const struct {
+        const char* what;
+        std::function<void()> prepare;
+        QString text;
+        MsgBoxStyle style;
+    } cases[] = {
+        {"no target", [&] { TypeTarget({}); }, noTarget, MsgBoxStyle::Exclamation},
+        {"nothing checked, No", [&] { Choose(kNothing); },
+         "Keine Tracks angehakt!\r\nWollen sie alle Tracks auswählen und starten?",
+         MsgBoxStyle::QuestionYesNo},
+        // The empty list is told before the target is looked at.
+        {"no disc",
+         [&] {
+             ASSERT_TRUE(ImageDriveOf(*window).RemoveMedium(FirstDrive(*window)));
+             window->cboDrv_Click();  // read anew, as "Aktualisieren" does
+             TypeTarget({});
+             window->Text1->clear();
+         },
+         "Keine Tracks vorhannden!", MsgBoxStyle::Exclamation},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        boxes.boxes.clear();
+        Prepare(root / "Ziel");
+        Choose(kAll);
+        c.prepare();
+        PressStart();
+        ASSERT_EQ(boxes.boxes.size(), 1u);
+        EXPECT_EQ(boxes.boxes[0].text, c.text);
+        EXPECT_EQ(boxes.boxes[0].style, c.style);
+        EXPECT_EQ(Results(), QStringList(Rows(), QString()));
+        EXPECT_TRUE(FilesIn(root / "Ziel").empty());
+        EXPECT_FALSE(window->isBusy);
+        if (c.text == noTarget) {
+            EXPECT_FALSE(fs::exists(root / "Ziel"));
+        }
+    }
+    EXPECT_EQ(window->ExplorerListView1->EmptyListText(),
+              QStringLiteral("Keine Tracks vorhannden!"));
+}
+
+TEST_F(RipPerson, NothingCheckedAnsweredYesRipsEveryTrackAndCheck1Closes) {
+    window->Check1->setChecked(true);
+    const fs::path target = root / "Alle";
+    Prepare(target);
+    boxes.answers.push_back(vbYes);
+    PressStart();
+
+    ASSERT_EQ(boxes.boxes.size(), 1u);
+    EXPECT_EQ(boxes.boxes[0].style, MsgBoxStyle::QuestionYesNo);
+    const QStringList all = {"Track01.wav -->Fertig", "Track02.wav -->Fertig",
+                             "Track03.wav -->Fertig"};
+    EXPECT_EQ(Results(), all);
+    EXPECT_EQ(FilesIn(target), FilesOf(all));
+    // The finished job closed the program, which saved its settings.
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_EQ(Setting("Unload"), "1");
+}
+
+TEST_F(RipPerson, StoppingDuringARipEndsItAtTheNextTrackAndKeepsTheWindow) {
+    // Pressed as the third track starts: it is not begun. A close during a job is tested with
+    // an image.
+    const struct {
+        const char* what;
+        std::function<void()> stop;
+    } cases[] = {
+        {"Abbrechen", [&] { window->Command2->click(); }},
+        {"F9", [&] { Key(QEvent::KeyRelease, Qt::Key_F9); }},
+    };
+    const QStringList stopped = {"Track01.wav -->Fertig", "Track02.wav -->Fertig", "Abbruch"};
+    window->Check1->setChecked(true);  // a stopped job does not close the window
+    ASSERT_TRUE(ImageDriveOf(*window).SetReadSpeed(FirstDrive(*window), 8));
+    int n = 0;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        const fs::path target = root / ("Halt" + std::to_string(n++));
+        Prepare(target);
+        Choose(kAll);
+        OnceWhen(
+            window, window->ExplorerListView1, &QTreeWidget::itemChanged,
+            [&] { return Results()[2] == kWriting; }, c.stop);
+        PressStart();
+
+        EXPECT_EQ(Results(), stopped);
+        EXPECT_EQ(FilesIn(target), FilesOf(stopped));
+        EXPECT_TRUE(window->Abbort);
+        EXPECT_FALSE(window->isBusy);
+        EXPECT_TRUE(window->isVisible());
+    }
+    EXPECT_TRUE(boxes.boxes.empty());
+}
+
+TEST_F(RipPerson, UnreadableTrackIsToldAndTheOthersAreRipped) {
+    ASSERT_TRUE(
+        ImageDriveOf(*window).AddReadError(FirstDrive(*window), disc.tracks[1].startLba + 100, 1));
+    Prepare(root / "Ziel");
+    Choose(kAll);
+    PressStart();
+    ASSERT_EQ(boxes.boxes.size(), 1u);
+    EXPECT_TRUE(boxes.boxes[0].text.startsWith(QStringLiteral("Lesefehler in Range ")));
+    EXPECT_EQ(boxes.boxes[0].style, MsgBoxStyle::Exclamation);
+    EXPECT_EQ(Results(), (QStringList{"Track01.wav -->Fertig", kWriting, "Track03.wav -->Fertig"}));
+}
+
+TEST_F(RipPerson, ARipKeepsWritingItsOwnRowsWhileAnotherPageIsShown) {
+    Prepare(root / "Ziel");
+    Choose(kAll);
+    QStringList isoRows;
+    // Away while the first track is read; back while the second is.
+    OnceWhen(
+        window, &List(), &QTreeWidget::itemChanged, [&] { return Result(kPageRip, 0) == kWriting; },
+        [&] {
+            window->TabStrip1->setCurrentIndex(kPageIso);
+            isoRows = PageTexts(kPageIso);
+        });
+    OnceWhen(
+        window, window->ProgressBar1, &QProgressBar::valueChanged,
+        [&] { return List().ShownPage() == kPageIso && Result(kPageRip, 1) == kWriting; },
+        [&] { window->TabStrip1->setCurrentIndex(kPageRip); });
+    window->mnuSave->trigger();
+
+    ASSERT_EQ(List().ShownPage(), kPageRip);
+    ASSERT_EQ(List().topLevelItemCount(), 3);
+    for (int row = 0; row < 3; ++row)
+        EXPECT_EQ(List().topLevelItem(row)->text(5),
+                  QStringLiteral("Track0%1.wav -->Fertig").arg(row + 1));
+    ASSERT_FALSE(isoRows.isEmpty());
+    EXPECT_EQ(PageTexts(kPageIso), isoRows);
+    // No refresh is due that would read the track list anew and drop the results.
+    EXPECT_FALSE(window->Timer2->isActive());
+    EXPECT_TRUE(boxes.boxes.empty());
+}
+
+TEST_F(RipPerson, EscapeTappedDuringTheListingOrACloseEndTheImageAsAnAbort) {
+    const fs::path source = root / "Quelle";
+    fs::create_directories(source / "Unterordner");
+    for (const fs::path& file : {source / "a.bin", source / "Unterordner" / "b.bin"})
+        std::ofstream(file, std::ios::binary) << std::string(300000, 'x');
+    TypeTarget(root / "Ziel");
+    window->TabStrip1->setCurrentIndex(kPageIso);
+    window->Text2->setText(QString::fromStdString(source.string()));
+    const fs::path image = root / "Ziel" / "Track.iso";
+
+    const auto tapEscape = [&] {
+        for (const QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease}) {
+            QKeyEvent key(type, Qt::Key_Escape, Qt::NoModifier);
+            QApplication::sendEvent(&List(), &key);
+        }
+    };
+    // The window refuses the close and sets the job to stop; the Start that follows must not
+    // begin a second job (nor clear the stop).
+    const auto closeThenStart = [&] {
+        EXPECT_FALSE(window->close());
+        window->mnuSave->trigger();
+        EXPECT_TRUE(window->Abbort);
+    };
+    OnceWhen(
+        window, &List(), &QTreeWidget::itemChanged, [&] { return Result(kPageIso, 0) == kWriting; },
+        tapEscape);
+    window->mnuSave->trigger();
+    EXPECT_EQ(Result(kPageIso, 0), QStringLiteral("Abbruch"));
+    EXPECT_FALSE(fs::exists(image));
+
+    OnceWhen(
+        window, window->ProgressBar1, &QProgressBar::valueChanged,
+        [&] { return window->ProgressBar1->value() > 0; }, closeThenStart);
+    window->mnuSave->trigger();
+    EXPECT_EQ(Result(kPageIso, 0), QStringLiteral("Abbruch"));
+    EXPECT_FALSE(fs::exists(image));
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_FALSE(window->isBusy);
+    EXPECT_TRUE(boxes.boxes.empty());
+
+    // Without a key or a close the same folder becomes an image.
+    window->mnuSave->trigger();
+    EXPECT_EQ(Result(kPageIso, 0), QStringLiteral("Fertig"));
+    EXPECT_TRUE(fs::exists(image));
+}
+
+TEST_F(RipPerson, F9ClosesTheIdleWindowOnRelease) {
+    Key(QEvent::KeyPress, Qt::Key_F9);
+    Key(QEvent::KeyRelease, Qt::Key_F8);
+    EXPECT_TRUE(window->isVisible());
+    Key(QEvent::KeyRelease, Qt::Key_F9);
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_EQ(Setting("Text1"), "Track");
+}
+
+TEST_F(RipPerson, ChosenTargetFolderBecomesTheTextAndARecentFolder) {
+    window->cmdOpen->click();  // cancelled: nothing changes
+    EXPECT_EQ(window->ComboBox1->count(), 0);
+    const QString folder = QString::fromStdString((root / "Musik").string());
+    dialogs.answers.push_back({folder});
+    window->cmdOpen->click();
+    EXPECT_EQ(dialogs.requests.back().kind, DialogKind::Folder);
+    EXPECT_EQ(dialogs.requests.back().title,
+              QStringLiteral("Ziel-Ordner auswählen, in dem gespeichert werden sollen"));
+    EXPECT_EQ(window->ComboBox1->currentText(), folder + "/");
+    EXPECT_EQ(window->ComboBox1->count(), 1);
+    EXPECT_EQ(shell::ReadIniSection(SettingsFile().string(), "ComboBox1"),
+              std::vector<std::string>{folder.toStdString() + "/"});
+}
+
+TEST_F(RipPerson, SelectionCommandsCheckTheRowsTheyName) {
+    const struct {
+        int command;
+        int marked;  // the current row, -1 for none
+        std::vector<int> selected;
+        bool fromNothing;  // "Nichts" first
+        const char* checked;
+    } cases[] = {
+        {0, -1, {}, true, "xxx"},      // Alles
+        {1, -1, {}, false, "..."},     // Nichts
+        {3, -1, {}, true, ".x."},      // Gerade Tracks
+        {2, -1, {}, false, "x.x"},     // Auswahl umkehren
+        {4, -1, {}, true, "x.x"},      // Ungerade Tracks
+        {5, 1, {}, true, ".xx"},       // Unterhalb der Markierung
+        {6, 1, {}, true, "xx."},       // Oberhalb der Markierung
+        {7, -1, {0, 2}, true, "x.x"},  // Alle Selektierten
+    };
+    auto* list = window->ExplorerListView1;
+    for (const auto& c : cases) {
+        if (c.fromNothing)
+            window->ComboBox2->activated(1);
+        if (c.marked >= 0)
+            list->setCurrentItem(list->topLevelItem(c.marked));
+        if (!c.selected.empty()) {
+            list->clearSelection();
+            for (int row : c.selected)
+                list->topLevelItem(row)->setSelected(true);
+        }
+        window->ComboBox2->activated(c.command);
+        EXPECT_EQ(Checked(), c.checked) << "command " << c.command;
+    }
+}
