@@ -44,8 +44,8 @@ void RunCommandSteps(Report& report, Channel& channel, const std::string& progra
         }
         const CommandOutput out = RunInGuest(program + " " + step.args);
         std::string joined;
-        for (const auto& line : out.lines)
-            joined += (joined.empty() ? "" : "\n") + line;
+        for (size_t i = 0; i < out.lines.size(); ++i)
+            joined += (i == 0 ? "" : "\n") + out.lines[i];
         ok = ok && out.code == step.code && joined == step.output;
         detail += out.Text();
         if (step.tray0 != nullptr) {

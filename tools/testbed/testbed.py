@@ -134,7 +134,7 @@ def build_initramfs(kernel: Path, probe: Path, cli, work: Path, variant: str,
     archive.file("testbed/probe", probe.read_bytes(), 0o755)
     if cli:
         archive.file("testbed/plattmix-cli", cli.read_bytes(), 0o755)
-    # The probe compares what the drives read with these copies.
+    # The probe's disc-image drive reads these copies, to answer side by side with QEMU's.
     if with_discs:
         for disc in DISCS:
             archive.file(f"testbed/{disc}.iso", (work / f"{disc}.iso").read_bytes())
