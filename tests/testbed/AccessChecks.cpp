@@ -10,7 +10,6 @@ namespace plattmix::testbed {
 
 namespace {
 
-constexpr const char* kQemuIdent = "QEMU    QEMU DVD-ROM    2.5+";
 constexpr gid_t kCdromGroup = 24;
 
 // What the program says to hans about a node.
@@ -74,16 +73,15 @@ void CheckRefusedDrives(Report& report, const std::string& self, const std::stri
     const CommandOutput generic = RunAs("hans", cli + " drives");
     for (const char* node : {"/dev/sg0", "/dev/sg1"})
         ::chmod(node, 0660);
-    report.Check(
-        "access.fall-back",
-        generic.code == 0 &&
-            generic.lines == std::vector<std::string>{std::string("/dev/sg0:  ") + kQemuIdent,
-                                                      std::string("/dev/sg1:  ") + kQemuIdent},
-        generic.Text());
+    report.Check("access.fall-back",
+                 generic.code == 0 &&
+                     generic.lines == std::vector<std::string>{"/dev/sg0:  " TESTBED_QEMU_DRIVE,
+                                                               "/dev/sg1:  " TESTBED_QEMU_DRIVE},
+                 generic.Text());
 
     // A member of the group gets the drives, from both.
-    const std::vector<std::string> listed{std::string("/dev/sr0:  ") + kQemuIdent,
-                                          std::string("/dev/sr1:  ") + kQemuIdent};
+    const std::vector<std::string> listed{"/dev/sr0:  " TESTBED_QEMU_DRIVE,
+                                          "/dev/sr1:  " TESTBED_QEMU_DRIVE};
     const CommandOutput member = RunAs("dora", cli + " drives");
     report.Check("access.member.cli", member.code == 0 && member.lines == listed, member.Text());
     const CommandOutput memberWindow = WindowLines(RunAs("dora", self + " --window"));

@@ -2,7 +2,7 @@
 # drive commands linked dynamically, so that the transport can load its layer library there.
 # plattmix-cli itself makes the ISO image for the boot with both drivers.
 add_executable(testbed_aspi testbed_aspi_main.cpp AspiChecks.cpp AspiWindowChecks.cpp
-                            CommandLineChecks.cpp
+                            CommandLineChecks.cpp SideBySideChecks.cpp
                             ${PROJECT_SOURCE_DIR}/app/window/MountPoint.cpp
                             ${PROJECT_SOURCE_DIR}/app/window/TransportChoice.cpp)
 target_include_directories(testbed_aspi PRIVATE ${PROJECT_SOURCE_DIR}/app/window

@@ -4,9 +4,7 @@
 
 #include <array>
 #include <cstdio>
-#include <filesystem>
 #include <sstream>
-#include <vector>
 
 namespace plattmix::testbed {
 
@@ -24,9 +22,8 @@ CommandOutput RunInGuest(const std::string& command) {
         return out;
     std::string text;
     std::array<char, 512> chunk{};
-    while (std::fgets(chunk.data(), static_cast<int>(chunk.size()), pipe) != nullptr) {
+    while (std::fgets(chunk.data(), static_cast<int>(chunk.size()), pipe) != nullptr)
         text += chunk.data();
-    }
     const int status = ::pclose(pipe);
     out.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     std::istringstream lines(text);
@@ -35,40 +32,29 @@ CommandOutput RunInGuest(const std::string& command) {
     return out;
 }
 
-namespace {
-
-// QEMU's drives answer INQUIRY with this identification.
-constexpr const char* kQemuIdent = "QEMU    QEMU DVD-ROM    2.5+";
-
-}  // namespace
-
-void CheckCommandLine(Report& report, const std::string& cli) {
-    if (!report.Check("cli.present", std::filesystem::exists(cli), cli))
-        return;
-
-    const CommandOutput drives = RunInGuest(cli + " drives");
-    report.Check("cli.drives",
-                 drives.code == 0 && drives.lines.size() == 2 &&
-                     drives.lines[0] == std::string("/dev/sr0:  ") + kQemuIdent &&
-                     drives.lines[1] == std::string("/dev/sr1:  ") + kQemuIdent,
-                 drives.Text());
-
-    // Disc A: one data track of 1200 sectors, so the lead-out is at 00:18:00.
-    const std::string row = "1      00:16   00:02:00  00:18:00  Daten";
-    const CommandOutput first = RunInGuest(cli + " toc");
-    report.Check("cli.toc.first-drive",
-                 first.code == 0 && first.lines.size() == 2 && first.lines[1] == row, first.Text());
-    const CommandOutput named = RunInGuest(cli + " toc --drive /dev/sr0");
-    report.Check("cli.toc.sr0", named.code == 0 && named.lines == first.lines, named.Text());
-
-    const CommandOutput empty = RunInGuest(cli + " toc --drive /dev/sr1");
-    report.Check(
-        "cli.toc.empty-drive",
-        empty.code == 1 && empty.lines.size() == 1 && empty.lines[0] == "Keine Disk im Laufwerk",
-        empty.Text());
-
-    const CommandOutput missing = RunInGuest(cli + " drives --drive /dev/sr7");
-    report.Check("cli.not-a-drive", missing.code == 1, missing.Text());
+void RunCommandSteps(Report& report, Channel& channel, const std::string& program,
+                     const std::string& prefix, std::span<const CliStep> steps) {
+    for (const CliStep& step : steps) {
+        std::string detail, host;
+        bool ok = true;
+        if (step.before != nullptr) {
+            host = channel.Request(step.before).value_or("no answer");
+            ok = host.starts_with("ok");
+            detail = std::string(step.before) + ": " + host + "; ";
+        }
+        const CommandOutput out = RunInGuest(program + " " + step.args);
+        std::string joined;
+        for (size_t i = 0; i < out.lines.size(); ++i)
+            joined += (i == 0 ? "" : "\n") + out.lines[i];
+        ok = ok && out.code == step.code && joined == step.output;
+        detail += out.Text();
+        if (step.tray0 != nullptr) {
+            host = channel.Request("tray 0").value_or("no answer");
+            ok = ok && host.starts_with(step.tray0);
+            detail += "; tray 0: " + host;
+        }
+        report.Check(prefix + step.name, ok, detail);
+    }
 }
 
 }  // namespace plattmix::testbed

@@ -4,11 +4,11 @@
 #include <sys/mount.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 #include <system_error>
 #include <vector>
 
@@ -26,62 +26,15 @@ using vdrive::DriveOutcome;
 using vdrive::DriveResult;
 using vdrive::MessageIcon;
 
-const char* OutcomeName(DriveOutcome outcome) {
-    switch (outcome) {
-        case DriveOutcome::NoService:
-            return "NoService";
-        case DriveOutcome::NoHandle:
-            return "NoHandle";
-        case DriveOutcome::AlreadyAttached:
-            return "AlreadyAttached";
-        case DriveOutcome::AttachFailed:
-            return "AttachFailed";
-        case DriveOutcome::Attached:
-            return "Attached";
-        case DriveOutcome::NotAttached:
-            return "NotAttached";
-        case DriveOutcome::DetachFailed:
-            return "DetachFailed";
-        case DriveOutcome::Detached:
-            return "Detached";
-    }
-    return "?";
-}
-
-const char* IconName(MessageIcon icon) {
-    switch (icon) {
-        case MessageIcon::None:
-            return "none";
-        case MessageIcon::Information:
-            return "information";
-        case MessageIcon::Exclamation:
-            return "exclamation";
-        case MessageIcon::Critical:
-            return "critical";
-    }
-    return "?";
-}
-
+// The outcome and the messages with their titles and icons, by number.
 std::string Describe(const DriveResult& result) {
-    std::string text = OutcomeName(result.outcome);
+    std::string text = "outcome " + std::to_string(static_cast<int>(result.outcome));
     for (const DriveMessage& m : result.messages)
-        text += " [" + m.title + "|" + IconName(m.icon) + "|" + m.text + "]";
+        text +=
+            " [" + m.title + "|" + std::to_string(static_cast<int>(m.icon)) + "|" + m.text + "]";
     if (!result.detail.empty())
         text += " (" + result.detail + ")";
     return text;
-}
-
-bool Shows(const DriveResult& result, DriveOutcome outcome,
-           const std::vector<DriveMessage>& messages) {
-    if (result.outcome != outcome || result.messages.size() != messages.size())
-        return false;
-    for (size_t i = 0; i < messages.size(); ++i) {
-        const DriveMessage& shown = result.messages[i];
-        if (shown.text != messages[i].text || shown.title != messages[i].title ||
-            shown.icon != messages[i].icon)
-            return false;
-    }
-    return true;
 }
 
 // A value of the loop device's sysfs folder ("ro", "loop/autoclear"), without its line feed.
@@ -90,10 +43,6 @@ std::string SysValue(const std::string& device, const std::string& name) {
     std::string value;
     std::getline(in, value);
     return value;
-}
-
-std::string Error(int error) {
-    return std::strerror(error);
 }
 
 class Steps {
@@ -109,13 +58,8 @@ class Steps {
           link_(data + "/verweis.iso") {}
 
     void Run() {
-        std::ifstream in(listing_, std::ios::binary);
-        std::stringstream text;
-        text << in.rdbuf();
-        std::string error;
-        expected_ = ParseTreeListing(text.str(), error);
-        if (!report_.Check(prefix_ + "listing", error.empty() && !expected_.empty(),
-                           error.empty() ? std::to_string(expected_.size()) + " entries" : error))
+        expected_ = ReadTreeListing(report_, prefix_ + "listing", listing_);
+        if (expected_.empty())
             return;
         std::error_code ec;
         realImage_ = std::filesystem::canonical(image_, ec).string();
@@ -126,8 +70,7 @@ class Steps {
         AttachAgain();
         Busy();
         Detach();
-        TakenByMount();
-        TakenByFile();
+        Taken();
     }
 
   private:
@@ -140,16 +83,27 @@ class Steps {
         return ec ? point_ : shown.string();
     }
 
+    // One call of the service: its outcome and messages (text, title, icon), and the state after.
+    bool Expect(const std::string& step, const DriveResult& result, DriveOutcome outcome,
+                const std::vector<DriveMessage>& messages, bool state,
+                const std::string& more = "") {
+        const auto same = [](const DriveMessage& a, const DriveMessage& b) {
+            return a.text == b.text && a.title == b.title && a.icon == b.icon;
+        };
+        return report_.Check(prefix_ + step,
+                             result.outcome == outcome && state &&
+                                 std::ranges::equal(result.messages, messages, same),
+                             Describe(result) + more);
+    }
+
     void NoImage() {
         for (const std::string& path : {listing_, image_ + ".fehlt"}) {
             const DriveResult result = vdrive::MountIso(&service_, path);
             const std::string text =
                 "Es konnte kein Handle von der ISO '" + path + "' erstellt werden!";
-            report_.Check(prefix_ + "no-image",
-                          Shows(result, DriveOutcome::NoHandle,
-                                {{text, "Mount ISO", MessageIcon::Critical}}) &&
-                              vdrive::LoopDevicesBackedBy(path).empty(),
-                          Describe(result));
+            Expect("no-image", result, DriveOutcome::NoHandle,
+                   {{text, "Mount ISO", MessageIcon::Critical}},
+                   vdrive::LoopDevicesBackedBy(path).empty());
         }
     }
 
@@ -158,13 +112,11 @@ class Steps {
         device_ = result.device;
         const std::string text =
             "Die ISO '" + image_ + "' wurde als virtuelles Laufwerk '" + point_ + "' geladen.";
-        const bool ok = report_.Check(
-            prefix_ + "mount",
-            Shows(result, DriveOutcome::Attached,
-                  {{"OK", "", MessageIcon::None}, {text, "Mount ISO", MessageIcon::Information}}) &&
+        if (!Expect(
+                "mount", result, DriveOutcome::Attached,
+                {{"OK", "", MessageIcon::None}, {text, "Mount ISO", MessageIcon::Information}},
                 result.mountPointOk && result.drive == point_ && Attachments() == 1 && Mounted(),
-            Describe(result) + " on " + device_);
-        if (!ok)
+                " on " + device_))
             return false;
 
         // Read-only all the way down, and bound without autoclear so that it outlives the
@@ -185,8 +137,8 @@ class Steps {
         report_.Check(prefix_ + "read-only",
                       SysValue(device_, "ro") == "1" && file < 0 && fileError == EROFS &&
                           !written && nodeError != 0,
-                      "ro " + SysValue(device_, "ro") + ", new file: " + Error(fileError) +
-                          ", writing the device: " + Error(nodeError));
+                      "ro " + SysValue(device_, "ro") + ", new file: " + std::strerror(fileError) +
+                          ", writing the device: " + std::strerror(nodeError));
         report_.Check(prefix_ + "kept", SysValue(device_, "loop/autoclear") == "0",
                       "autoclear " + SysValue(device_, "loop/autoclear") + ", backing file " +
                           SysValue(device_, "loop/backing_file"));
@@ -207,11 +159,9 @@ class Steps {
             const DriveResult result = vdrive::MountIso(&service_, path);
             const std::string text = "Die ISO '" + path + "' ist breits als virtuelles Laufwerk '" +
                                      point_ + "' geladen!";
-            report_.Check(prefix_ + "again",
-                          Shows(result, DriveOutcome::AlreadyAttached,
-                                {{text, "Mount ISO", MessageIcon::Exclamation}}) &&
-                              result.device == device_ && Attachments() == 1,
-                          Describe(result));
+            Expect("again", result, DriveOutcome::AlreadyAttached,
+                   {{text, "Mount ISO", MessageIcon::Exclamation}},
+                   result.device == device_ && Attachments() == 1);
         }
     }
 
@@ -228,12 +178,9 @@ class Steps {
         const DriveResult result = vdrive::UnmountIso(&service_, image_);
         const std::string text = "Die ISO '" + image_ + "' konnte nicht vom virtuellem Laufwerk '" +
                                  point_ + "' entfernt werden!";
-        report_.Check(prefix_ + "busy",
-                      fd >= 0 &&
-                          Shows(result, DriveOutcome::DetachFailed,
-                                {{text, "Unmount ISO", MessageIcon::None}}) &&
-                          Attachments() == 1 && Mounted(),
-                      Describe(result) + " while " + file + " is open");
+        Expect("busy", result, DriveOutcome::DetachFailed,
+               {{text, "Unmount ISO", MessageIcon::None}},
+               fd >= 0 && Attachments() == 1 && Mounted(), " while " + file + " is open");
         if (fd >= 0)
             ::close(fd);
     }
@@ -242,21 +189,16 @@ class Steps {
         const DriveResult result = vdrive::UnmountIso(&service_, image_);
         const std::string text =
             "Die ISO '" + image_ + "' wurde als virtuelles Laufwerk '" + point_ + "' entfernt.";
-        report_.Check(
-            prefix_ + "unmount",
-            Shows(result, DriveOutcome::Detached, {{text, "Unmount ISO", MessageIcon::None}}) &&
-                Attachments() == 0 && !Mounted() &&
-                SysValue(device_, "loop/backing_file").empty() &&
-                !vdrive::IsMountPoint(vdrive::ReadMountTable(), Shown()),
-            Describe(result));
+        Expect("unmount", result, DriveOutcome::Detached,
+               {{text, "Unmount ISO", MessageIcon::None}},
+               Attachments() == 0 && !Mounted() && SysValue(device_, "loop/backing_file").empty() &&
+                   !vdrive::IsMountPoint(vdrive::ReadMountTable(), Shown()));
 
         const DriveResult again = vdrive::UnmountIso(&service_, image_);
         const std::string none =
             "Die ISO '" + image_ + "' ist in keinem virtuellen Laufwerk geladen!";
-        report_.Check(
-            prefix_ + "unmount-again",
-            Shows(again, DriveOutcome::NotAttached, {{none, "Unmount ISO", MessageIcon::None}}),
-            Describe(again));
+        Expect("unmount-again", again, DriveOutcome::NotAttached,
+               {{none, "Unmount ISO", MessageIcon::None}}, true);
     }
 
     // With the mount point taken the image is attached all the same, without a mount point, and
@@ -266,43 +208,32 @@ class Steps {
         const std::string text =
             "Die ISO '" + image_ + "' wurde als virtuelles Laufwerk '' geladen.";
         const std::vector<std::string> points = service_.MountPointsOf(result.device);
-        report_.Check(prefix_ + name,
-                      Shows(result, DriveOutcome::Attached,
-                            {{"NIcht OK", "", MessageIcon::Exclamation},
-                             {text, "Mount ISO", MessageIcon::Information}}) &&
-                          !result.mountPointOk && result.drive.empty() && Attachments() == 1 &&
-                          points.empty(),
-                      Describe(result));
+        Expect(
+            name, result, DriveOutcome::Attached,
+            {{"NIcht OK", "", MessageIcon::Exclamation},
+             {text, "Mount ISO", MessageIcon::Information}},
+            !result.mountPointOk && result.drive.empty() && Attachments() == 1 && points.empty());
         const DriveResult detached = vdrive::UnmountIso(&service_, image_);
         const std::string gone =
             "Die ISO '" + image_ + "' wurde als virtuelles Laufwerk '' entfernt.";
-        report_.Check(
-            prefix_ + name + ".unmount",
-            Shows(detached, DriveOutcome::Detached, {{gone, "Unmount ISO", MessageIcon::None}}) &&
-                Attachments() == 0,
-            Describe(detached));
+        Expect(name + ".unmount", detached, DriveOutcome::Detached,
+               {{gone, "Unmount ISO", MessageIcon::None}}, Attachments() == 0);
     }
 
-    void TakenByMount() {
+    // The mount point taken by a mount, then by a file in it.
+    void Taken() {
         std::error_code ec;
         std::filesystem::create_directories(point_, ec);
         const bool mounted = ::mount("tmpfs", point_.c_str(), "tmpfs", 0, "size=64k") == 0;
-        if (!report_.Check(prefix_ + "taken-by-mount.setup", mounted,
-                           "tmpfs on " + point_ + (mounted ? "" : ": " + Error(errno))))
-            return;
-        TakenCase("taken-by-mount");
-        ::umount(point_.c_str());
-        ::rmdir(point_.c_str());
-    }
-
-    void TakenByFile() {
-        const std::string file = point_ + "/fremd.txt";
-        std::error_code ec;
-        std::filesystem::create_directories(point_, ec);
-        std::ofstream(file) << "belegt\n";
+        if (report_.Check(
+                prefix_ + "taken-by-mount.setup", mounted,
+                "tmpfs on " + point_ + (mounted ? "" : std::string(": ") + std::strerror(errno)))) {
+            TakenCase("taken-by-mount");
+            ::umount(point_.c_str());
+        }
+        std::ofstream(point_ + "/fremd.txt") << "belegt\n";
         TakenCase("taken-by-file");
-        ::unlink(file.c_str());
-        ::rmdir(point_.c_str());
+        std::filesystem::remove_all(point_, ec);
     }
 
     Report& report_;

@@ -7,14 +7,42 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
 namespace plattmix::testbed {
 
 inline constexpr int kAckWaitMs = 60000;
+
+// The guest programs' options as the harness passes them: --control, --data, --variant.
+struct ProbeOptions {
+    std::string control, data = "/testbed", variant;
+    ProbeOptions(int argc, char** argv) {
+        for (int i = 1; i + 1 < argc; i += 2) {
+            const std::string_view key = argv[i];
+            if (key == "--control")
+                control = argv[i + 1];
+            else if (key == "--data")
+                data = argv[i + 1];
+            else if (key == "--variant")
+                variant = argv[i + 1];
+        }
+    }
+};
+
+inline std::string Hex(std::span<const uint8_t> bytes) {
+    static constexpr char kDigits[] = "0123456789ABCDEF";
+    std::string text;
+    for (uint8_t b : bytes) {
+        text.push_back(kDigits[b >> 4]);
+        text.push_back(kDigits[b & 15]);
+    }
+    return text;
+}
 
 // The control port (a serial line to the harness) plus the console, which gets a copy.
 class Channel {
@@ -62,10 +90,7 @@ class Channel {
         const std::string seq = std::to_string(++seq_);
         Line("REQUEST " + seq + " " + action);
         const std::string prefix = "ACK " + seq + " ";
-        while (fd_ >= 0) {
-            const auto line = ReadLine();
-            if (!line)
-                return std::nullopt;
+        for (auto line = ReadLine(); line; line = ReadLine()) {
             if (line->starts_with(prefix))
                 return line->substr(prefix.size());
         }
@@ -78,12 +103,10 @@ class Channel {
             if (const auto end = pending_.find('\n'); end != std::string::npos) {
                 std::string line = pending_.substr(0, end);
                 pending_.erase(0, end + 1);
-                if (!line.empty() && line.back() == '\r')
-                    line.pop_back();
                 return line;
             }
             pollfd p{fd_, POLLIN, 0};
-            if (::poll(&p, 1, kAckWaitMs) <= 0)
+            if (fd_ < 0 || ::poll(&p, 1, kAckWaitMs) <= 0)
                 return std::nullopt;
             char chunk[256];
             const ssize_t n = ::read(fd_, chunk, sizeof chunk);
@@ -109,10 +132,11 @@ class Report {
     void Info(const std::string& name, const std::string& text) {
         channel_.Line("INFO " + name + " " + text);
     }
-    void Done() {
+    // Reports the end; answers the guest program's exit status.
+    int Done() {
         channel_.Line("DONE pass=" + std::to_string(passed_) + " fail=" + std::to_string(failed_));
+        return failed_ == 0 ? 0 : 1;
     }
-    int Failed() const { return failed_; }
 
   private:
     Channel& channel_;

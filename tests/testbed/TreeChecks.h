@@ -8,6 +8,8 @@
 //   L <path> <target>                 a symbolic link and its target text
 //   S <path> <size> <offset>:<hex>,…  a file too large to hash: its size and the bytes found at
 //                                     some offsets (hex), read with pread
+//   V <hex>                           the volume name as the Joliet descriptor holds it (32
+//                                     bytes of UCS-2, big-endian, padded with spaces)
 // Lines starting with "#" are comments.
 #pragma once
 
@@ -26,27 +28,18 @@ struct TreeSample {
 };
 
 struct TreeEntry {
-    char kind = 'F';  // D, F, L or S as in the listing
-    std::string path;
+    char kind = 'F';   // D, F, L, S or V as in the listing
+    std::string path;  // V: the volume name's hex
     int64_t size = 0;
     std::string hash;    // F: sha256 in lower-case hex
     std::string target;  // L
     std::vector<TreeSample> samples;
 };
 
-// Parses a listing; an unreadable line makes error non-empty.
-std::vector<TreeEntry> ParseTreeListing(std::string_view text, std::string& error);
-
-// Joliet as the program writes it keeps a name as it is when it has at most this many UTF-16
-// units (the long form readers accept; strict Joliet stops at 64), a file's name not counting
-// the dot before its extension; when it has no control character and none of * / : ; ? \;
-// and when it does not end in a dot (the kernel drops trailing dots when it reads Joliet
-// names). Characters beyond the 16-bit plane count twice and are kept.
-inline constexpr int kJolietNameUnits = 103;
-// A name's length as the limit counts it.
-int JolietNameUnits(std::string_view name, bool folder);
-bool JolietKeepsName(std::string_view name, bool folder);
-int Utf16Units(std::string_view utf8);
+// Reads the listing at path; reports the check name, failed when the listing cannot be read
+// or is empty (and then answers nothing).
+std::vector<TreeEntry> ReadTreeListing(Report& report, const std::string& name,
+                                       const std::string& path);
 
 // One problem found while comparing, filed under the first name of its path.
 struct TreeProblem {
@@ -63,9 +56,13 @@ struct TreeComparison {
 // the same name, kind, size, content and link target, and nothing else.
 TreeComparison CompareRockRidge(const std::vector<TreeEntry>& expected, const std::string& root);
 
-// Compares the folder root (a mounted Joliet view) with the listing, links left out: names that
-// Joliet keeps must be there as they are; others must appear shortened to at most
-// kJolietNameUnits units, each name unique within its folder, the content unchanged.
+// Compares the folder root (a mounted Joliet view) with the listing, links left out. Joliet as
+// the program writes it keeps a name that has at most 103 UTF-16 units (the long form readers
+// accept; a file's name not counting the dot before its extension, characters beyond the
+// 16-bit plane counting twice), no control character, none of * / : ; ? \ and no trailing dot
+// (the kernel drops those). Those names must be there as they are; others must appear shortened
+// to at most 103 units, keeping their first 32 bytes when cut for length, each name unique
+// within its folder, the content unchanged.
 TreeComparison CompareJoliet(const std::vector<TreeEntry>& expected, const std::string& root);
 
 // For each drive whose listing is in data: mounts it read-only, compares both views and reports

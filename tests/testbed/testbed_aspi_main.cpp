@@ -14,28 +14,20 @@ int main(int argc, char** argv) {
     using namespace plattmix::testbed;
     if (argc == 2 && std::string_view(argv[1]) == "--select")
         return StartLikeTheWindow(std::cout);
-    std::string control, data = "/testbed", variant;
-    for (int i = 1; i + 1 < argc; i += 2) {
-        const std::string_view key = argv[i];
-        if (key == "--control")
-            control = argv[i + 1];
-        if (key == "--data")
-            data = argv[i + 1];
-        if (key == "--variant")
-            variant = argv[i + 1];
-    }
-    Channel channel(control);
+    const ProbeOptions options(argc, argv);
+    Channel channel(options.control);
     Report report(channel);
-    const std::string self = data + "/testbed_aspi", cli = data + "/testbed_cli_shared";
-    if (variant == "sg-only") {
-        CheckFallbackTransport(report, data, self, cli);
-        CheckWindowPathsWithoutSr(report, channel, data);
-    } else if (variant == "mount") {
+    const std::string self = options.data + "/testbed_aspi";
+    const std::string cli = options.data + "/testbed_cli_shared";
+    if (options.variant == "sg-only") {
+        CheckFallbackTransport(report, channel, options.data, self, cli);
+        CheckWindowPathsWithoutSr(report, channel);
+    } else if (options.variant == "mount") {
         CheckDriveRootBesideSr(report);
-    } else if (variant == "no-driver")
-        CheckNoTransport(report, self, cli);
-    else
-        report.Check("aspi.variant", false, "no checks for variant '" + variant + "'");
-    report.Done();
-    return report.Failed() == 0 ? 0 : 1;
+    } else if (options.variant == "no-driver") {
+        CheckNoTransport(report, channel, self, cli);
+    } else {
+        report.Check("aspi.variant", false, "no checks for variant '" + options.variant + "'");
+    }
+    return report.Done();
 }

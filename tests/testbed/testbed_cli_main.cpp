@@ -16,12 +16,8 @@ int main(int argc, char** argv) {
         std::cerr << parsed.error << '\n';
         return kExitUsage;
     }
+    // drives, toc or tray; any other command reads the table of contents.
     if (parsed.args->command == "tray")
         return RunTrayCommand(*parsed.args, std::cout, std::cerr);
-    if (parsed.args->command != "drives" && parsed.args->command != "toc") {
-        std::cerr << "Aufruf: plattmix-cli drives|toc [--drive LAUFWERK] | tray --drive "
-                     "LAUFWERK [open|close]\n";
-        return kExitUsage;
-    }
     return RunDriveCommand(*parsed.args, std::cout, std::cerr);
 }

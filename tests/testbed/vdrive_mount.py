@@ -22,10 +22,9 @@ import subprocess
 import sys
 from pathlib import Path
 
-HERE = Path(__file__).resolve().parent
-TESTBED = HERE.parent.parent / "tools" / "testbed" / "testbed.py"
-sys.path.insert(0, str(HERE))
-from iso_mount import Failure, listing, run  # noqa: E402
+sys.path.insert(0, str(Path(__file__).resolve().parent))
+from harness import Failure, boot, expect, run  # noqa: E402
+from iso_mount import listing  # noqa: E402
 
 IMAGE = "Plattmix Abbild.iso"  # MountChecks.h
 LISTING = "vdrive.manifest"
@@ -138,24 +137,8 @@ def main() -> int:
         manifest.write_bytes(listing(tree, VOLUME))
         run([args.cli, "iso", tree, image, "--volume", VOLUME], "the image")
 
-        command = [sys.executable, str(TESTBED), "--probe", str(probe), "--variant",
-                   "mount", "--expect-checks", "--work", str(args.work / "run"),
-                   "--file", str(image), "--file", str(manifest)]
-        for path in extra:
-            command += ["--file", str(path)]
-        print("+ " + " ".join(command[:12]) + f" ... ({len(extra)} more files)", flush=True)
-        harness = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
-                                 text=True, errors="replace")
-        print(harness.stdout, end="", flush=True)
-        passed = {line.split()[1] for line in harness.stdout.splitlines()
-                  if line.startswith("CHECK ") and len(line.split()) >= 3
-                  and line.split()[2] == "PASS"}
-        if harness.returncode != 0:
-            raise Failure(f"the test bed failed (exit status {harness.returncode})")
-        missing = [f"{prefix}.{step}" for step in STEPS if f"{prefix}.{step}" not in passed]
-        if missing:
-            raise Failure("no passing check for: " + ", ".join(missing))
-        print(f"virtual drives ({prefix}): every check passed ({len(passed)} names)")
+        passed = boot("mount", probe, [image, manifest, *extra], args.work)
+        expect(passed, [f"{prefix}.{step}" for step in STEPS], f"virtual drives ({prefix})")
         return 0
     except (Failure, OSError) as error:
         print(f"VIRTUAL DRIVE TEST FAILED: {error}", flush=True)
