@@ -22,8 +22,7 @@ TEST(AccurateRipFetch, FindsTheRecordAndNamesEveryReasonForNone) {
     const AccurateRipRecord record =
         FetchAccurateRipRecord(server.Url() + "accuraterip", kDisc, CurlHttpGet);
     ASSERT_TRUE(record.Found()) << record.error;
-    ASSERT_EQ(record.responses.size(), 1u);
-    EXPECT_EQ(record.responses[0].tracks[1].crc, 0xbcb9ac0au);
+    EXPECT_EQ(record.responses.at(0).tracks.at(1).crc, 0xbcb9ac0au);
     ASSERT_EQ(server.Requests().size(), 1u);
     EXPECT_NE(server.Requests()[0].find("GET " + path + " "), std::string::npos);
     EXPECT_NE(server.Requests()[0].find("User-Agent: Plattmix/"), std::string::npos);
@@ -33,9 +32,6 @@ TEST(AccurateRipFetch, FindsTheRecordAndNamesEveryReasonForNone) {
     EXPECT_EQ(FetchAccurateRipRecord(server.Url(), unknown, CurlHttpGet).error,
               kAccurateRipUnknownDisc);
 
-    server.Set(path, {200, "short"});
-    EXPECT_EQ(FetchAccurateRipRecord(server.Url() + "accuraterip/", kDisc, CurlHttpGet).error,
-              kAccurateRipDamaged);
     server.Set(path, {503, ""});
     EXPECT_EQ(FetchAccurateRipRecord(server.Url() + "accuraterip/", kDisc, CurlHttpGet).error,
               "AccurateRip antwortet mit dem Status 503.");

@@ -37,10 +37,5 @@ TEST(AccurateRipIds, MixedModeCdLeavesTheDataTrackOutOfTheAccurateRipIds) {
     EXPECT_EQ(AccurateRipIdText(ids), "028-00517a54-05a845d2-af0da31d");
 }
 
-TEST(AccurateRipIds, RecordPathReversesTheLastThreeDigitsOfIdOne) {
-    const AccurateRipIds ids{12, 0x000e686au, 0x008a4eb8u, 0x84081a0cu};
-    EXPECT_EQ(AccurateRipRecordPath(ids), "a/6/8/dBAR-012-000e686a-008a4eb8-84081a0c.bin");
-}
-
 }  // namespace
 }  // namespace plattmix::audiocd

@@ -63,6 +63,8 @@ TEST(AccurateRipRecord, DamagedRepliesAreRefusedAsAWhole) {
     EXPECT_EQ(ParseAccurateRipRecord(Bytes(html), kDisc).error, kAccurateRipDamaged);
 }
 
+// Every response holding the v1 or the v2 checksum adds its confidence. (The texts of each
+// verdict: the secure mode's and the log's tests.)
 TEST(AccurateRipVerdict, CountsEveryResponseHoldingTheV1OrV2Checksum) {
     AccurateRipRecord record;
     record.responses = {{kDisc, {{10, 0x1111u, 0}, {0, 0, 0}}},        // v1 entry; track 2 unknown
@@ -71,18 +73,10 @@ TEST(AccurateRipVerdict, CountsEveryResponseHoldingTheV1OrV2Checksum) {
     const AccurateRipVerdict both = CompareWithRecord(record, 1, 0x1111u, 0x2222u);
     EXPECT_TRUE(both.Matches());
     EXPECT_EQ(both.confidence, 15);
-    EXPECT_EQ(both.Text(), "übereinstimmend (Vertrauen 15)");
-    EXPECT_EQ(both.RowText(), "AccurateRip: übereinstimmend, 15");
-
-    const AccurateRipVerdict wrong = CompareWithRecord(record, 2, 0x5555u, 0x6666u);
-    EXPECT_EQ(wrong.kind, AccurateRipVerdict::Kind::Differing);
-    EXPECT_EQ(wrong.Text(), "abweichend");
-    EXPECT_EQ(wrong.RowText(), "AccurateRip: abweichend");
-
-    const AccurateRipVerdict beyond = CompareWithRecord(record, 3, 0x1111u, 0x2222u);
-    EXPECT_EQ(beyond.kind, AccurateRipVerdict::Kind::Unknown);
-    EXPECT_EQ(beyond.Text(), "unbekannt");
-    EXPECT_EQ(CompareWithRecord(AccurateRipRecord{}, 1, 0, 0).RowText(), "AccurateRip: unbekannt");
+    EXPECT_EQ(CompareWithRecord(record, 2, 0x5555u, 0x6666u).kind,
+              AccurateRipVerdict::Kind::Differing);
+    EXPECT_EQ(CompareWithRecord(record, 3, 0x1111u, 0x2222u).kind,
+              AccurateRipVerdict::Kind::Unknown);
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+// The control nibble's audio-or-data rule, and the drive list's entry text.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -8,25 +9,13 @@
 using namespace plattmix::audiocd;
 
 TEST(TrackRules, ControlNibbleDecidesAudioOrDataIgnoringTheCopyBit) {
-    EXPECT_EQ(IsDataTrack(0x10), 0);  // ADR 1, audio
-    EXPECT_EQ(IsDataTrack(0x14), 1);  // data, uninterrupted
-    EXPECT_EQ(IsDataTrack(0x12), 0);  // audio, copy permitted
-    EXPECT_EQ(IsDataTrack(0x16), 1);  // data, copy permitted
-    EXPECT_EQ(IsDataTrack(0x00), 0);
-    EXPECT_EQ(IsDataTrack(0x11), 0);  // pre-emphasis
-    EXPECT_EQ(IsDataTrack(0x18), 0);  // four-channel audio
-    EXPECT_EQ(IsDataTrack(0x1C), 0);
-    EXPECT_EQ(IsDataTrack(0x1D), 0);
-    EXPECT_EQ(IsDataTrack(0x1F), 0);  // "1111" becomes "1101" once the copy bit is cleared
-    EXPECT_EQ(IsDataTrack(0x15), 1);
-    EXPECT_EQ(IsDataTrack(0x04), 1);  // one digit short of four in binary: padded
-}
-
-TEST(TrackRules, DauerShowsWholeMinutesAndSeconds) {
-    EXPECT_EQ(FormatDauer(4 * 60000 + 5900), "04:05");
-    EXPECT_EQ(FormatDauer(100 * 60000), "100:00");
-    EXPECT_EQ(FormatDauer(0), "00:00");
-    EXPECT_EQ(FormatDauer(59999), "00:59");
+    // Audio: plain, copy permitted, pre-emphasis, four channels, and "1111", which becomes
+    // "1101" once the copy bit is cleared.
+    for (const int control : {0x10, 0x12, 0x00, 0x11, 0x18, 0x1C, 0x1D, 0x1F})
+        EXPECT_EQ(IsDataTrack(static_cast<uint8_t>(control)), 0) << control;
+    // Data, also with the copy bit and with one binary digit short of four (padded).
+    for (const int control : {0x14, 0x16, 0x15, 0x04})
+        EXPECT_EQ(IsDataTrack(static_cast<uint8_t>(control)), 1) << control;
 }
 
 TEST(TrackRules, DriveEntryKeepsPaddingDropsNulsAndNamesTheNode) {
