@@ -1,16 +1,13 @@
 // The rip job to WAV over the track list's checked rows: file names, the row texts as they
-// change, faults and stopping on the user's request. (Other formats: the encode tests.)
+// change, and stopping on the user's request. (A track's faults: the track tests; other
+// formats: the encode tests.)
 #include <gtest/gtest.h>
 
-#include <cerrno>
-#include <cstring>
-#include <functional>
 #include <string>
 #include <vector>
 
 #include "Fixtures.h"
 #include "RipRig.h"
-#include "common/SmallDisk.h"
 
 using namespace plattmix;
 
@@ -85,57 +82,4 @@ TEST(RunRipJob, AbortDuringTheThirdTrackStopsThere) {
     EXPECT_EQ(rig.events.back(), (RowEvent{2, "Abbruch"}));
     EXPECT_EQ(rig.LastText(3), "");
     EXPECT_EQ(rig.Files(), (std::vector<std::string>{"Track01.wav", "Track02.wav"}));
-}
-
-// Faults in the second track (LBAs 40 to 78, read as the block 40-66 and the remainder 67-78):
-// the medium taken out after its first block, a drive time-out in either part, the disk full
-// after the first block. The job ends, the first track is done, the second is never reported
-// done: a full block that fails leaves "Schreibe..." and tells why, a failed remainder fails the
-// row.
-TEST(RunRipJob, FaultsInTheMiddleOfATrackNeverReportItDone) {
-    struct Case {
-        const char* what;
-        std::function<void(JobRig&)> inject;
-        const char* row;
-        std::vector<std::string> warnings;
-    };
-    const Case cases[] = {
-        {"tray opened",
-         [](JobRig& rig) {
-             rig.hooks.progress = [&rig](int percent) {
-                 if (percent > 0 && rig.events.back() == RowEvent{1, "Schreibe..."})
-                     rig.drive.OpenTray(rig.params.handle);
-             };
-         },
-         "XXX Fehler!",
-         {}},
-        {"time-out in the block",
-         [](JobRig& rig) { rig.drive.AddTimeOutRange(rig.params.handle, 50, 1); },
-         "Schreibe...",
-         {"Lesefehler in Range 40 - 67."}},
-        {"time-out in the remainder",
-         [](JobRig& rig) { rig.drive.AddTimeOutRange(rig.params.handle, 70, 1); },
-         "XXX Fehler!",
-         {}},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        JobRig rig({1, 2}, c.what);
-        c.inject(rig);
-        EXPECT_FALSE(rig.Run().aborted);
-        EXPECT_EQ(rig.LastText(0), "Track01.wav -->Fertig");
-        EXPECT_EQ(rig.LastText(1), c.row);
-        EXPECT_EQ(rig.warnings, c.warnings);
-    }
-
-    // A file may grow to the header and one block: the first track's second block cannot be
-    // written.
-    JobRig rig({1}, "full");
-    EXPECT_TRUE(test::WithFileSizeLimit(44 + 27 * 2352, [&] {
-        rig.Run();
-        return rig.LastText(0) == "Schreibe..." &&
-               rig.warnings == std::vector<std::string>{"Fehler beim Schreiben der Datei " +
-                                                        rig.params.targetFolder +
-                                                        "Track01.wav: " + std::strerror(EFBIG)};
-    }));
 }

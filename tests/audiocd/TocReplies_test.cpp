@@ -1,11 +1,12 @@
-// The disc's sessions from literal READ TOC replies (formats 0, 1 and 2), as either reply gives
-// them, and the replies that do not fit; the exact bounds of a track. (Generated Enhanced CDs
-// are ripped through the image drive in the rip tests.)
+// Literal READ TOC replies of an Enhanced CD (formats 0, 1 and 2), and ones no generated disc
+// gives: the sessions as either reply tells them, the exact bounds of a track, and the tables
+// that do not fit, for the rip and for the player. (Generated Enhanced CDs are ripped and played
+// through the image drive in their own tests.)
 #include <gtest/gtest.h>
 
 #include <vector>
 
-#include "EnhancedTocReplies.h"
+#include "CdAudioDisc.h"
 #include "SessionToc.h"
 #include "modMMC.h"
 
@@ -15,8 +16,17 @@ using audiocd::SessionToc;
 namespace {
 
 using Bytes = std::vector<uint8_t>;
-using test::kEnhancedToc;
-using test::kTwoSessions;
+
+// Format 0, LBA form: audio tracks 1 at 0 and 2 at 300 (control 0), data track 3 at 12005
+// (control 4), the lead-out at 12505.
+const Bytes kEnhancedToc{0x00, 0x22, 0x01, 0x03,                          //
+                         0x00, 0x10, 0x01, 0x00, 0x00, 0x00, 0x00, 0x00,  // 1 at 0
+                         0x00, 0x10, 0x02, 0x00, 0x00, 0x00, 0x01, 0x2C,  // 2 at 300
+                         0x00, 0x14, 0x03, 0x00, 0x00, 0x00, 0x2E, 0xE5,  // 3 at 12005
+                         0x00, 0x14, 0xAA, 0x00, 0x00, 0x00, 0x30, 0xD9};
+
+// Format 1: sessions 1 to 2, the last one starting with track 3 at 12005.
+const Bytes kTwoSessions{0x00, 0x0A, 0x01, 0x02, 0x00, 0x14, 0x03, 0x00, 0x00, 0x00, 0x2E, 0xE5};
 
 // Format 2: session 1 ends at 00:10:05 (LBA 605), session 2 at 02:48:55 (LBA 12505); an ADR 5
 // entry (B0) in between is not a position and is passed over.
@@ -38,34 +48,25 @@ SessionToc OneSession() {
     return toc.value_or(SessionToc{});
 }
 
-void ExpectEnhancedSessions(const SessionToc& toc) {
-    ASSERT_EQ(toc.sessions.size(), 2u);
-    EXPECT_EQ(toc.sessions[0].leadOutLba, 605);
-    EXPECT_EQ(toc.sessions[1].leadOutLba, 12505);
-    EXPECT_EQ(toc.leadOutLba, 12505);  // the whole disc's
-    EXPECT_EQ(toc.tracks[2].session, 2);
-    EXPECT_TRUE(toc.EndsEarlierSession(1));
-    EXPECT_FALSE(toc.EndsEarlierSession(2));
-    const auto second = audiocd::ExactBoundsOf(toc, 2);
-    ASSERT_TRUE(second);
-    EXPECT_EQ(second->firstLba, 300);
-    EXPECT_EQ(second->lastLba, 604);  // up to the session's lead-out, nothing left off
-    EXPECT_EQ(second->Sectors(), 305);
-    const auto data = audiocd::ExactBoundsOf(toc, 3);
-    ASSERT_TRUE(data);
-    EXPECT_EQ(data->lastLba, 12504);
-}
-
 }  // namespace
 
 TEST(SessionToc, SessionsFromTheFullTocOrTheSessionInfo) {
     SessionToc fromFull = OneSession();
     ASSERT_TRUE(audiocd::ApplyFullToc(fromFull, *modMMC::ParseFullToc(kEnhancedFullToc)));
-    ExpectEnhancedSessions(fromFull);
-
     SessionToc fromInfo = OneSession();
     ASSERT_TRUE(audiocd::ApplySessionInfo(fromInfo, *modMMC::ParseSessionInfo(kTwoSessions)));
-    ExpectEnhancedSessions(fromInfo);
+    for (const SessionToc& toc : {fromFull, fromInfo}) {
+        ASSERT_EQ(toc.sessions.size(), 2u);
+        EXPECT_EQ(toc.sessions[0].leadOutLba, 605);
+        EXPECT_EQ(toc.leadOutLba, 12505);  // the whole disc's
+        EXPECT_EQ(toc.tracks[2].session, 2);
+        EXPECT_TRUE(toc.EndsEarlierSession(1));
+        EXPECT_FALSE(toc.EndsEarlierSession(2));
+        // Up to the session's lead-out, nothing left off.
+        EXPECT_EQ(audiocd::ExactBoundsOf(toc, 2)->lastLba, 604);
+        EXPECT_EQ(audiocd::ExactBoundsOf(toc, 2)->Sectors(), 305);
+        EXPECT_EQ(audiocd::ExactBoundsOf(toc, 3)->lastLba, 12504);
+    }
 }
 
 TEST(SessionToc, OneSessionWhenTheRepliesDoNotFit) {
@@ -90,4 +91,23 @@ TEST(SessionToc, OneSessionWhenTheRepliesDoNotFit) {
     Bytes farLeadOut = kEnhancedToc;
     farLeadOut[farLeadOut.size() - 4] = 0x80;  // the lead-out at LBA -2^31: no disc has it
     EXPECT_FALSE(audiocd::SessionTocFromToc(*modMMC::ParseTOC(farLeadOut), false));
+}
+
+// The player's view: no lead-out or addresses going back give no disc; one session reported
+// changes nothing.
+TEST(CdAudioDisc, UnusableTablesGiveNoDiscAndOneSessionChangesNothing) {
+    Bytes noLeadOut(kEnhancedToc.begin(), kEnhancedToc.end() - 8);
+    noLeadOut[1] = 0x1A;
+    EXPECT_FALSE(audiocd::DiscFromToc(*modMMC::ParseTOC(noLeadOut)));
+    Bytes backwards = kEnhancedToc;
+    backwards[19] = 0x00;  // track 2 at 0x0100 = 256, track 1 at 0: still fine
+    EXPECT_TRUE(audiocd::DiscFromToc(*modMMC::ParseTOC(backwards)));
+    backwards[26] = 0x00;  // track 3 at 0xE5 = 229, before track 2
+    EXPECT_FALSE(audiocd::DiscFromToc(*modMMC::ParseTOC(backwards)));
+
+    auto single = audiocd::DiscFromToc(*modMMC::ParseTOC(kEnhancedToc));
+    ASSERT_TRUE(single);
+    audiocd::ApplySessionInfo(*single, modMMC::SessionInfo{1, 1, 1, 0});
+    EXPECT_FALSE(single->lastSessionLba);
+    EXPECT_EQ(audiocd::AudioRunEnd(*single, 0), 12005);  // up to the data track
 }
