@@ -36,17 +36,32 @@ namespace {
 using Bytes = std::vector<uint8_t>;
 constexpr std::ptrdiff_t kSector = 2352;
 
-// A generated disc in an image drive (owned here, or by a shared transport), with a cdaudio
-// device on it whose audio goes into a test sink. Alias "cd" is open in milliseconds.
-struct Rig {
-    discgen::DiscDescription disc;
-    std::unique_ptr<clsImageDrive> owned = std::make_unique<clsImageDrive>();
-    clsImageDrive* drive = owned.get();
-    std::unique_ptr<scsi::ISCSI> shared;
-    std::string handle;
-    std::shared_ptr<test::SinkRecord> sink = std::make_shared<test::SinkRecord>();
-    std::unique_ptr<CdAudio> cd;
+// A generated disc (AudioThreeTracks unless a test loads another) in an image drive (owned here,
+// or by a shared transport), with a cdaudio device on it whose audio goes into a test sink.
+// Alias "cd" is open in milliseconds.
+class CdAudioTest : public ::testing::Test {
+  protected:
+    void SetUp() override { Load(discgen::AudioThreeTracks()); }
 
+    void Load(const discgen::DiscSpec& spec, bool sharedTransport = false) {
+        cd.reset();
+        auto written = discgen::WriteDisc(spec, test::ScratchFolder());
+        ASSERT_TRUE(written.ok()) << written.error;
+        disc = *written.value;
+        owned = std::make_unique<clsImageDrive>();
+        drive = owned.get();
+        handle = drive->AddDrive(disc.cuePath.string()).Value();
+        scsi::ISCSI* transport = drive;
+        if (sharedTransport) {
+            shared = std::make_unique<audiocd::CdAudioSharedTransport>(std::move(owned));
+            transport = shared.get();
+        }
+        cd = std::make_unique<CdAudio>(*transport, test::TestSinks(sink));
+        ASSERT_TRUE(Send("open " + audiocd::MciQuote(handle + ":") +
+                         " alias cd wait shareable type cdaudio")
+                        .ok());
+        ASSERT_TRUE(Send("set cd time format milliseconds").ok());
+    }
     audiocd::MciReply Send(const std::string& command) { return cd->SendString(command); }
     std::string Result(const std::string& command) {
         const auto reply = Send(command);
@@ -62,30 +77,15 @@ struct Rig {
         const Bytes all(std::istreambuf_iterator<char>(in), {});
         return Bytes(all.begin() + from * kSector, all.begin() + to * kSector);
     }
-};
 
-std::unique_ptr<Rig> Load(const discgen::DiscSpec& spec, bool sharedTransport = false) {
-    auto rig = std::make_unique<Rig>();
-    auto written = discgen::WriteDisc(spec, test::ScratchFolder());
-    EXPECT_TRUE(written.ok()) << written.error;
-    if (!written.ok())
-        return nullptr;
-    rig->disc = *written.value;
-    const auto handle = rig->drive->AddDrive(rig->disc.cuePath.string());
-    EXPECT_TRUE(handle.ok());
-    rig->handle = handle.Value();
-    scsi::ISCSI* transport = rig->drive;
-    if (sharedTransport) {
-        rig->shared = std::make_unique<audiocd::CdAudioSharedTransport>(std::move(rig->owned));
-        transport = rig->shared.get();
-    }
-    rig->cd = std::make_unique<CdAudio>(*transport, test::TestSinks(rig->sink));
-    EXPECT_TRUE(rig->Send("open " + audiocd::MciQuote(rig->handle + ":") +
-                          " alias cd wait shareable type cdaudio")
-                    .ok());
-    EXPECT_TRUE(rig->Send("set cd time format milliseconds").ok());
-    return rig;
-}
+    discgen::DiscDescription disc;
+    std::unique_ptr<clsImageDrive> owned;
+    clsImageDrive* drive = nullptr;
+    std::unique_ptr<scsi::ISCSI> shared;
+    std::string handle;
+    std::shared_ptr<test::SinkRecord> sink = std::make_shared<test::SinkRecord>();
+    std::unique_ptr<CdAudio> cd;
+};
 
 // AudioThreeTracks: tracks at LBA 0, 300 and 525, lead-out at 900, all in one file.
 constexpr int32_t kTrack2 = 300;
@@ -94,147 +94,131 @@ constexpr int32_t kLeadOut = 900;
 
 }  // namespace
 
-TEST(CdAudioPlay, DeliversTheDiscsBytesFromToInBothTimeFormats) {
-    auto rig = Load(discgen::AudioThreeTracks());
-    ASSERT_TRUE(rig);
+TEST_F(CdAudioTest, DeliversTheDiscsBytesFromToInBothTimeFormats) {
     const int32_t from = kTrack2 + 75;  // a second into track 2, to the disc's end
-    ASSERT_TRUE(rig->Send("play cd from " + Rig::Ms(from) + " wait").ok());
-    EXPECT_TRUE(rig->sink->Bytes() == rig->FromFile(from, kLeadOut));
-    EXPECT_EQ(rig->sink->Drains(), 1);
-    EXPECT_EQ(rig->Result("status cd mode"), "stopped");
-    EXPECT_EQ(rig->Result("status cd position"), Rig::Ms(kLeadOut));
-    EXPECT_EQ(rig->Result("status cd current track"), "3");
+    ASSERT_TRUE(Send("play cd from " + Ms(from) + " wait").ok());
+    EXPECT_TRUE(sink->Bytes() == FromFile(from, kLeadOut));
+    EXPECT_EQ(sink->Drains(), 1);
+    EXPECT_EQ(Result("status cd mode"), "stopped");
+    EXPECT_EQ(Result("status cd position"), Ms(kLeadOut));
+    EXPECT_EQ(Result("status cd current track"), "3");
 
-    rig->Send("set cd time format msf");
-    const size_t before = rig->sink->Bytes().size();
-    ASSERT_TRUE(rig->Send("play cd from 00:06:00 to 00:07:01 wait").ok());  // LBA 300 to 376
-    const Bytes all = rig->sink->Bytes();
+    Send("set cd time format msf");
+    const size_t before = sink->Bytes().size();
+    ASSERT_TRUE(Send("play cd from 00:06:00 to 00:07:01 wait").ok());  // LBA 300 to 376
+    const Bytes all = sink->Bytes();
     EXPECT_TRUE(Bytes(all.begin() + static_cast<std::ptrdiff_t>(before), all.end()) ==
-                rig->FromFile(kTrack2, kTrack2 + 76));
-    EXPECT_EQ(rig->Result("status cd position"), "00:07:01");
+                FromFile(kTrack2, kTrack2 + 76));
+    EXPECT_EQ(Result("status cd position"), "00:07:01");
 }
 
-TEST(CdAudioPlay, PositionAdvancesAndStopStops) {
-    auto rig = Load(discgen::AudioThreeTracks());
-    ASSERT_TRUE(rig);
-    rig->sink->Hold(2);
-    ASSERT_TRUE(rig->Send("play cd from " + Rig::Ms(0)).ok());
+TEST_F(CdAudioTest, PositionAdvancesAndStopStops) {
+    sink->Hold(2);
+    ASSERT_TRUE(Send("play cd from " + Ms(0)).ok());
     // Two pieces of four sectors taken, the third waiting.
-    ASSERT_TRUE(rig->sink->WaitForCalls(3));
-    EXPECT_EQ(rig->Result("status cd mode"), "playing");
-    EXPECT_EQ(rig->Result("status cd position"), Rig::Ms(8));
-    EXPECT_EQ(rig->Result("status cd media present"), "true");
+    ASSERT_TRUE(sink->WaitForCalls(3));
+    EXPECT_EQ(Result("status cd mode"), "playing");
+    EXPECT_EQ(Result("status cd position"), Ms(8));
+    EXPECT_EQ(Result("status cd media present"), "true");
 
-    ASSERT_TRUE(rig->Send("stop cd").ok());
-    EXPECT_EQ(rig->Result("status cd mode"), "stopped");
-    EXPECT_EQ(rig->sink->Drops(), 1);
-    rig->sink->Release();
-    EXPECT_EQ(rig->sink->Writes(), 2);  // the waiting piece was never taken
-    EXPECT_EQ(rig->Result("status cd position"), Rig::Ms(8));
+    ASSERT_TRUE(Send("stop cd").ok());
+    EXPECT_EQ(Result("status cd mode"), "stopped");
+    EXPECT_EQ(sink->Drops(), 1);
+    sink->Release();
+    EXPECT_EQ(sink->Writes(), 2);  // the waiting piece was never taken
+    EXPECT_EQ(Result("status cd position"), Ms(8));
 
     // Play without "from" goes on where it stopped.
-    ASSERT_TRUE(rig->Send("play cd to " + Rig::Ms(kTrack2) + " wait").ok());
-    EXPECT_TRUE(rig->sink->Bytes() == rig->FromFile(0, kTrack2));
+    ASSERT_TRUE(Send("play cd to " + Ms(kTrack2) + " wait").ok());
+    EXPECT_TRUE(sink->Bytes() == FromFile(0, kTrack2));
 }
 
-TEST(CdAudioStatus, LengthsAndPositionsOfTheDiscAndItsTracks) {
-    auto rig = Load(discgen::AudioThreeTracks());
-    ASSERT_TRUE(rig);
-    EXPECT_EQ(rig->Result("status cd position"), "2000");  // the first track's start
-    EXPECT_EQ(rig->Result("status cd current track"), "1");
-    EXPECT_EQ(rig->Result("status cd length"), "12000");
-    EXPECT_EQ(rig->Result("status cd length track 2"), "3000");
-    EXPECT_EQ(rig->Result("status cd position track 3"), Rig::Ms(kTrack3));
-    EXPECT_EQ(rig->Send("status cd length track 4").error, audiocd::kCdAudioOutOfRange);
+TEST_F(CdAudioTest, LengthsAndPositionsOfTheDiscAndItsTracks) {
+    EXPECT_EQ(Result("status cd position"), "2000");  // the first track's start
+    EXPECT_EQ(Result("status cd current track"), "1");
+    EXPECT_EQ(Result("status cd length"), "12000");
+    EXPECT_EQ(Result("status cd length track 2"), "3000");
+    EXPECT_EQ(Result("status cd position track 3"), Ms(kTrack3));
+    EXPECT_EQ(Send("status cd length track 4").error, audiocd::kCdAudioOutOfRange);
 
-    rig->Send("set cd time format msf");
-    EXPECT_EQ(rig->Result("status cd length"), "00:12:00");
-    EXPECT_EQ(rig->Result("status cd position track 2"), "00:06:00");
-    EXPECT_EQ(audiocd::SendCommand(*rig->cd, "status cd number of tracks"), 3);
+    Send("set cd time format msf");
+    EXPECT_EQ(Result("status cd length"), "00:12:00");
+    EXPECT_EQ(Result("status cd position track 2"), "00:06:00");
+    EXPECT_EQ(audiocd::SendCommand(*cd, "status cd number of tracks"), 3);
 }
 
-TEST(CdAudioErrors, WrongCommandsChangeNothing) {
-    auto rig = Load(discgen::AudioThreeTracks());
-    ASSERT_TRUE(rig);
+TEST_F(CdAudioTest, WrongCommandsChangeNothing) {
     std::string text;
-    EXPECT_EQ(audiocd::SendCommand(*rig->cd, "stop other", &text), 0);
+    EXPECT_EQ(audiocd::SendCommand(*cd, "stop other", &text), 0);
     EXPECT_EQ(text, "Unter diesem Alias ist kein Gerät geöffnet. other");
-    EXPECT_EQ(rig->Send("open " + rig->handle + " alias CD").error, audiocd::kCdAudioAliasInUse);
-    EXPECT_EQ(rig->Send("open /dev/plattmix-sr9: alias x").error, audiocd::kCdAudioNoSuchDrive);
-    EXPECT_EQ(rig->Send("open " + rig->handle + " type waveaudio alias y").error,
-              audiocd::kCdAudioWrongType);
-    EXPECT_EQ(rig->Send("play cd from 0").error, audiocd::kCdAudioOutOfRange);  // the pre-gap
-    EXPECT_EQ(rig->Send("play cd from " + Rig::Ms(kLeadOut)).error, audiocd::kCdAudioOutOfRange);
-    EXPECT_EQ(rig->Send("play cd from 3000 to 3000").error, audiocd::kCdAudioOutOfRange);
-    EXPECT_EQ(rig->Send("play cd from drei").error, audiocd::kCdAudioBadNumber);
-    EXPECT_EQ(rig->Send("pause cd").error, audiocd::kCdAudioUnknownCommand);
-    EXPECT_EQ(rig->sink->Opens(), 0);
+    EXPECT_EQ(Send("open " + handle + " alias CD").error, audiocd::kCdAudioAliasInUse);
+    EXPECT_EQ(Send("open /dev/plattmix-sr9: alias x").error, audiocd::kCdAudioNoSuchDrive);
+    EXPECT_EQ(Send("open " + handle + " type waveaudio alias y").error, audiocd::kCdAudioWrongType);
+    EXPECT_EQ(Send("play cd from 0").error, audiocd::kCdAudioOutOfRange);  // the pre-gap
+    EXPECT_EQ(Send("play cd from " + Ms(kLeadOut)).error, audiocd::kCdAudioOutOfRange);
+    EXPECT_EQ(Send("play cd from 3000 to 3000").error, audiocd::kCdAudioOutOfRange);
+    EXPECT_EQ(Send("play cd from drei").error, audiocd::kCdAudioBadNumber);
+    EXPECT_EQ(Send("pause cd").error, audiocd::kCdAudioUnknownCommand);
+    EXPECT_EQ(sink->Opens(), 0);
     // Aliases in any case; the device still works.
-    EXPECT_EQ(rig->Result("STATUS Cd number of tracks"), "3");
-    EXPECT_TRUE(rig->Send("close cd").ok());
-    EXPECT_EQ(rig->Send("status cd mode").error, audiocd::kCdAudioNotOpen);
+    EXPECT_EQ(Result("STATUS Cd number of tracks"), "3");
+    EXPECT_TRUE(Send("close cd").ok());
+    EXPECT_EQ(Send("status cd mode").error, audiocd::kCdAudioNotOpen);
 }
 
-TEST(CdAudioErrors, DataTracksAndMissingDiscs) {
-    auto rig = Load(discgen::DataTrackFirst());
-    ASSERT_TRUE(rig);
-    EXPECT_EQ(rig->Send("play cd from 2000").error, audiocd::kCdAudioNotAudio);
-    EXPECT_EQ(rig->sink->Opens(), 0);
+TEST_F(CdAudioTest, DataTracksAndMissingDiscs) {
+    Load(discgen::DataTrackFirst());
+    EXPECT_EQ(Send("play cd from 2000").error, audiocd::kCdAudioNotAudio);
+    EXPECT_EQ(sink->Opens(), 0);
 
-    const auto empty = rig->drive->AddDrive("");
-    ASSERT_TRUE(rig->Send("open " + empty.Value() + ": alias leer").ok());
-    EXPECT_EQ(rig->Send("play leer from 2000").error, audiocd::kCdAudioNotReady);
-    EXPECT_EQ(rig->Send("status leer length").error, audiocd::kCdAudioNotReady);
-    EXPECT_EQ(rig->Result("status leer mode"), "not ready");
-    EXPECT_EQ(rig->Result("status leer media present"), "false");
-    rig->drive->OpenTray(empty.Value());
-    EXPECT_EQ(rig->Result("status leer mode"), "open");
+    const auto empty = drive->AddDrive("");
+    ASSERT_TRUE(Send("open " + empty.Value() + ": alias leer").ok());
+    EXPECT_EQ(Send("play leer from 2000").error, audiocd::kCdAudioNotReady);
+    EXPECT_EQ(Send("status leer length").error, audiocd::kCdAudioNotReady);
+    EXPECT_EQ(Result("status leer mode"), "not ready");
+    EXPECT_EQ(Result("status leer media present"), "false");
+    drive->OpenTray(empty.Value());
+    EXPECT_EQ(Result("status leer mode"), "open");
 }
 
-TEST(CdAudioErrors, AFailureWhilePlayingEndsThePlaybackAndIsKept) {
-    auto rig = Load(discgen::AudioThreeTracks());
-    ASSERT_TRUE(rig);
+TEST_F(CdAudioTest, AFailureWhilePlayingEndsThePlaybackAndIsKept) {
     // Blocks of 27 from 300: the one from 381 holds the bad sector.
-    rig->drive->AddReadError(rig->handle, 400, 1);
-    const auto reply = rig->Send("play cd from " + Rig::Ms(kTrack2) + " wait");
+    drive->AddReadError(handle, 400, 1);
+    const auto reply = Send("play cd from " + Ms(kTrack2) + " wait");
     EXPECT_EQ(reply.error, audiocd::kCdAudioReadFailed);
     EXPECT_EQ(reply.errorText,
               "Die Disk konnte beim Abspielen nicht gelesen werden. (Sektoren 381 - 408)");
-    EXPECT_TRUE(rig->sink->Bytes() == rig->FromFile(kTrack2, 381));
-    EXPECT_EQ(rig->cd->PlaybackError("cd"), reply.errorText);
-    EXPECT_EQ(rig->Result("status cd mode"), "stopped");
+    EXPECT_TRUE(sink->Bytes() == FromFile(kTrack2, 381));
+    EXPECT_EQ(cd->PlaybackError("cd"), reply.errorText);
+    EXPECT_EQ(Result("status cd mode"), "stopped");
 
-    rig->drive->ClearFaults(rig->handle);
-    rig->sink->writeError = "(Gerät entfernt)";
-    EXPECT_EQ(rig->Send("play cd from 2000 wait").error, audiocd::kCdAudioNoOutput);
-    EXPECT_EQ(rig->cd->PlaybackError("cd"), "Keine Audioausgabe verfügbar. (Gerät entfernt)");
+    drive->ClearFaults(handle);
+    sink->writeError = "(Gerät entfernt)";
+    EXPECT_EQ(Send("play cd from 2000 wait").error, audiocd::kCdAudioNoOutput);
+    EXPECT_EQ(cd->PlaybackError("cd"), "Keine Audioausgabe verfügbar. (Gerät entfernt)");
 }
 
-TEST(CdAudioDoor, SetDoorMovesTheTrayAndStopsThePlayer) {
-    auto rig = Load(discgen::AudioThreeTracks());
-    ASSERT_TRUE(rig);
-    rig->sink->Hold(0);
-    ASSERT_TRUE(rig->Send("play cd from 2000").ok());
-    ASSERT_TRUE(rig->sink->WaitForCalls(1));
-    ASSERT_TRUE(rig->Send("set cd door open").ok());
-    EXPECT_EQ(rig->sink->Drops(), 1);
-    EXPECT_TRUE(rig->drive->IsTrayOpen(rig->handle));
-    EXPECT_EQ(rig->Result("status cd mode"), "open");
-    EXPECT_EQ(scsi::GetTrayState(*rig->drive, rig->handle), 1);
-    ASSERT_TRUE(rig->Send("set cd door closed").ok());
-    EXPECT_FALSE(rig->drive->IsTrayOpen(rig->handle));
+TEST_F(CdAudioTest, SetDoorMovesTheTrayAndStopsThePlayer) {
+    sink->Hold(0);
+    ASSERT_TRUE(Send("play cd from 2000").ok());
+    ASSERT_TRUE(sink->WaitForCalls(1));
+    ASSERT_TRUE(Send("set cd door open").ok());
+    EXPECT_EQ(sink->Drops(), 1);
+    EXPECT_TRUE(drive->IsTrayOpen(handle));
+    EXPECT_EQ(Result("status cd mode"), "open");
+    EXPECT_EQ(scsi::GetTrayState(*drive, handle), 1);
+    ASSERT_TRUE(Send("set cd door closed").ok());
+    EXPECT_FALSE(drive->IsTrayOpen(handle));
 }
 
-TEST(OpenCloseCD, MovesTheImageDrivesDoorAndShowsWhyNot) {
-    auto rig = Load(discgen::AudioThreeTracks());
-    ASSERT_TRUE(rig);
+TEST_F(CdAudioTest, MovesTheImageDrivesDoorAndShowsWhyNot) {
     std::vector<std::string> boxes;
-    rig->cd->SetErrorBox([&](const std::string& text) { boxes.push_back(text); });
-    EXPECT_TRUE(audiocd::OpenCloseCD(*rig->cd, rig->handle, true));
-    EXPECT_TRUE(rig->drive->IsTrayOpen(rig->handle));
-    EXPECT_TRUE(audiocd::OpenCloseCD(*rig->cd, rig->handle, false));
-    EXPECT_FALSE(rig->drive->IsTrayOpen(rig->handle));
-    EXPECT_FALSE(audiocd::OpenCloseCD(*rig->cd, "/dev/plattmix-sr9", true));
+    cd->SetErrorBox([&](const std::string& text) { boxes.push_back(text); });
+    EXPECT_TRUE(audiocd::OpenCloseCD(*cd, handle, true));
+    EXPECT_TRUE(drive->IsTrayOpen(handle));
+    EXPECT_TRUE(audiocd::OpenCloseCD(*cd, handle, false));
+    EXPECT_FALSE(drive->IsTrayOpen(handle));
+    EXPECT_FALSE(audiocd::OpenCloseCD(*cd, "/dev/plattmix-sr9", true));
     EXPECT_EQ(boxes, std::vector<std::string>{"Dieses Laufwerk gibt es nicht. /dev/plattmix-sr9:"});
 }
 
@@ -251,60 +235,53 @@ TEST(OpenCloseCD, ClosesTheAliasWhateverTheDoorDid) {
                                         "Set cdcueCDDrive Door Open", "Close cdcueCDDrive"}));
 }
 
-TEST(CdAudioPlay, AnEnhancedDiscsAudioEndsBeforeTheSessionGap) {
-    const auto spec = discgen::Enhanced();
-    auto rig = Load(spec);
-    ASSERT_TRUE(rig);
-    const auto& track2 = rig->disc.tracks[1];
-    EXPECT_EQ(rig->Result("status cd length track 2"),
+TEST_F(CdAudioTest, AnEnhancedDiscsAudioEndsBeforeTheSessionGap) {
+    Load(discgen::Enhanced());
+    const auto& track2 = disc.tracks[1];
+    EXPECT_EQ(Result("status cd length track 2"),
               std::to_string(FramesToMilliseconds(track2.lengthSectors)));
-    ASSERT_TRUE(rig->Send("play cd from " + Rig::Ms(track2.startLba) + " wait").ok());
-    EXPECT_TRUE(rig->sink->Bytes() ==
-                rig->FromFile(track2.startLba, track2.startLba + track2.lengthSectors));
-    EXPECT_EQ(rig->Send("play cd from " + Rig::Ms(rig->disc.tracks[2].startLba)).error,
-              audiocd::kCdAudioNotAudio);
+    ASSERT_TRUE(Send("play cd from " + Ms(track2.startLba) + " wait").ok());
+    EXPECT_TRUE(sink->Bytes() == FromFile(track2.startLba, track2.startLba + track2.lengthSectors));
+    EXPECT_EQ(Send("play cd from " + Ms(disc.tracks[2].startLba)).error, audiocd::kCdAudioNotAudio);
 }
 
-TEST(CdAudioSharedTransport, TheWindowReadsTheDiscWhileTheWorkerPlays) {
-    auto rig = Load(discgen::AudioThreeTracks(), true);
-    ASSERT_TRUE(rig);
-    auto& shared = static_cast<audiocd::CdAudioSharedTransport&>(*rig->shared);
-    ASSERT_TRUE(rig->Send("play cd from 2000").ok());
+TEST_F(CdAudioTest, TheWindowReadsTheDiscWhileTheWorkerPlays) {
+    Load(discgen::AudioThreeTracks(), true);
+    auto& sharedTransport = static_cast<audiocd::CdAudioSharedTransport&>(*shared);
+    ASSERT_TRUE(Send("play cd from 2000").ok());
     int reads = 0;
-    while (rig->Result("status cd mode") == "playing") {
-        EXPECT_EQ(audiocd::ReadTrackList(shared, rig->handle).rows.size(), 3u);
+    while (Result("status cd mode") == "playing") {
+        EXPECT_EQ(audiocd::ReadTrackList(sharedTransport, handle).rows.size(), 3u);
         ++reads;
     }
-    EXPECT_TRUE(rig->sink->Bytes() == rig->FromFile(0, kLeadOut));
-    EXPECT_TRUE(rig->cd->PlaybackError("cd").empty()) << reads;
+    EXPECT_TRUE(sink->Bytes() == FromFile(0, kLeadOut));
+    EXPECT_TRUE(cd->PlaybackError("cd").empty()) << reads;
 
     // Each thread reads back the sense of its own last command.
-    const auto empty = rig->drive->AddDrive("");
+    const auto empty = drive->AddDrive("");
     std::string emptyHandle = empty.Value();
-    EXPECT_NE(modMMC::TestUnitReady(shared, emptyHandle), 0);
+    EXPECT_NE(modMMC::TestUnitReady(sharedTransport, emptyHandle), 0);
     std::thread other([&] {
-        std::string handle = rig->handle;
-        EXPECT_EQ(modMMC::TestUnitReady(shared, handle), 0);
-        EXPECT_EQ(shared.LastASC(), 0);
+        std::string mine = handle;
+        EXPECT_EQ(modMMC::TestUnitReady(sharedTransport, mine), 0);
+        EXPECT_EQ(sharedTransport.LastASC(), 0);
     });
     other.join();
-    EXPECT_EQ(shared.LastASC(), 0x3A);
-    EXPECT_EQ(shared.LastASCQ(), 0x01);
+    EXPECT_EQ(sharedTransport.LastASC(), 0x3A);
+    EXPECT_EQ(sharedTransport.LastASCQ(), 0x01);
 }
 
 // The real ALSA output: its "null" device takes a second of track 2 without sound hardware. A
 // device that does not exist, or none at all, fails that play alone, with ALSA's reason.
-TEST(CdAudioAlsa, PlaysIntoTheNullDeviceAndNamesAMissingOne) {
-    auto rig = Load(discgen::AudioThreeTracks());
-    ASSERT_TRUE(rig);
-    CdAudio alsa(*rig->drive, audiocd::AlsaSinkFactory("null"));
-    ASSERT_TRUE(alsa.SendString("open " + rig->handle + " alias a").ok());
+TEST_F(CdAudioTest, PlaysIntoTheNullDeviceAndNamesAMissingOne) {
+    CdAudio alsa(*drive, audiocd::AlsaSinkFactory("null"));
+    ASSERT_TRUE(alsa.SendString("open " + handle + " alias a").ok());
     ASSERT_TRUE(alsa.SendString("play a from 00:06:00 to 00:07:00 wait").ok());
     EXPECT_EQ(alsa.SendString("status a position").result, "00:07:00");
     EXPECT_EQ(alsa.PlaybackError("a"), "");
 
-    CdAudio missing(*rig->drive, audiocd::AlsaSinkFactory("plattmix-fehlt"));
-    ASSERT_TRUE(missing.SendString("open " + rig->handle + " alias m").ok());
+    CdAudio missing(*drive, audiocd::AlsaSinkFactory("plattmix-fehlt"));
+    ASSERT_TRUE(missing.SendString("open " + handle + " alias m").ok());
     const auto reply = missing.SendString("play m from 00:06:00");
     EXPECT_EQ(reply.error, audiocd::kCdAudioNoOutput);
     EXPECT_TRUE(
@@ -312,7 +289,7 @@ TEST(CdAudioAlsa, PlaysIntoTheNullDeviceAndNamesAMissingOne) {
         << reply.errorText;
     EXPECT_EQ(missing.SendString("status m mode").result, "stopped");
     EXPECT_EQ(missing.SendString("status m position").result, "00:02:00");
-    CdAudio silent(*rig->drive, {});
-    ASSERT_TRUE(silent.SendString("open " + rig->handle + " alias s").ok());
+    CdAudio silent(*drive, {});
+    ASSERT_TRUE(silent.SendString("open " + handle + " alias s").ok());
     EXPECT_EQ(silent.SendString("play s from 00:02:00").error, audiocd::kCdAudioNoOutput);
 }
