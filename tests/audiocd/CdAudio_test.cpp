@@ -1,6 +1,6 @@
 // The cdaudio device playing generated discs from the disc-image drive into a test sink (and once
 // into ALSA): the bytes delivered, the status while playing, stop, the door, and what each
-// failure leaves.
+// failure leaves; its command strings' quoted names and positions.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -27,7 +27,10 @@
 
 using namespace plattmix;
 using audiocd::CdAudio;
+using audiocd::FormatPosition;
 using audiocd::FramesToMilliseconds;
+using audiocd::MciTimeFormat;
+using audiocd::ParsePosition;
 using scsi::imagedrive::clsImageDrive;
 namespace fs = std::filesystem;
 
@@ -94,7 +97,15 @@ constexpr int32_t kLeadOut = 900;
 
 }  // namespace
 
-TEST_F(CdAudioTest, DeliversTheDiscsBytesFromToInBothTimeFormats) {
+// Lengths and positions of the disc and its tracks; the bytes played from, to, in both formats.
+TEST_F(CdAudioTest, StatusAndTheDiscsBytesFromToInBothTimeFormats) {
+    EXPECT_EQ(Result("status cd position"), "2000");  // the first track's start
+    EXPECT_EQ(Result("status cd current track"), "1");
+    EXPECT_EQ(Result("status cd length"), "12000");
+    EXPECT_EQ(Result("status cd length track 2"), "3000");
+    EXPECT_EQ(Result("status cd position track 3"), Ms(kTrack3));
+    EXPECT_EQ(Send("status cd length track 4").error, audiocd::kCdAudioOutOfRange);
+
     const int32_t from = kTrack2 + 75;  // a second into track 2, to the disc's end
     ASSERT_TRUE(Send("play cd from " + Ms(from) + " wait").ok());
     EXPECT_TRUE(sink->Bytes() == FromFile(from, kLeadOut));
@@ -104,6 +115,9 @@ TEST_F(CdAudioTest, DeliversTheDiscsBytesFromToInBothTimeFormats) {
     EXPECT_EQ(Result("status cd current track"), "3");
 
     Send("set cd time format msf");
+    EXPECT_EQ(Result("status cd length"), "00:12:00");
+    EXPECT_EQ(Result("status cd position track 2"), "00:06:00");
+    EXPECT_EQ(audiocd::SendCommand(*cd, "status cd number of tracks"), 3);
     const size_t before = sink->Bytes().size();
     ASSERT_TRUE(Send("play cd from 00:06:00 to 00:07:01 wait").ok());  // LBA 300 to 376
     const Bytes all = sink->Bytes();
@@ -133,20 +147,6 @@ TEST_F(CdAudioTest, PositionAdvancesAndStopStops) {
     EXPECT_TRUE(sink->Bytes() == FromFile(0, kTrack2));
 }
 
-TEST_F(CdAudioTest, LengthsAndPositionsOfTheDiscAndItsTracks) {
-    EXPECT_EQ(Result("status cd position"), "2000");  // the first track's start
-    EXPECT_EQ(Result("status cd current track"), "1");
-    EXPECT_EQ(Result("status cd length"), "12000");
-    EXPECT_EQ(Result("status cd length track 2"), "3000");
-    EXPECT_EQ(Result("status cd position track 3"), Ms(kTrack3));
-    EXPECT_EQ(Send("status cd length track 4").error, audiocd::kCdAudioOutOfRange);
-
-    Send("set cd time format msf");
-    EXPECT_EQ(Result("status cd length"), "00:12:00");
-    EXPECT_EQ(Result("status cd position track 2"), "00:06:00");
-    EXPECT_EQ(audiocd::SendCommand(*cd, "status cd number of tracks"), 3);
-}
-
 TEST_F(CdAudioTest, WrongCommandsChangeNothing) {
     std::string text;
     EXPECT_EQ(audiocd::SendCommand(*cd, "stop other", &text), 0);
@@ -159,6 +159,10 @@ TEST_F(CdAudioTest, WrongCommandsChangeNothing) {
     EXPECT_EQ(Send("play cd from 3000 to 3000").error, audiocd::kCdAudioOutOfRange);
     EXPECT_EQ(Send("play cd from drei").error, audiocd::kCdAudioBadNumber);
     EXPECT_EQ(Send("pause cd").error, audiocd::kCdAudioUnknownCommand);
+    EXPECT_EQ(Send("play").error, audiocd::kCdAudioMissingDevice);
+    EXPECT_EQ(Send("play cd from").error, audiocd::kCdAudioMissingValue);
+    EXPECT_EQ(Send("set cd door ajar").error, audiocd::kCdAudioUnknownKeyword);
+    EXPECT_EQ(Send("set cd time format tmsf").error, audiocd::kCdAudioBadTimeFormat);
     EXPECT_EQ(sink->Opens(), 0);
     // Aliases in any case; the device still works.
     EXPECT_EQ(Result("STATUS Cd number of tracks"), "3");
@@ -292,4 +296,31 @@ TEST_F(CdAudioTest, PlaysIntoTheNullDeviceAndNamesAMissingOne) {
     CdAudio silent(*drive, {});
     ASSERT_TRUE(silent.SendString("open " + handle + " alias s").ok());
     EXPECT_EQ(silent.SendString("play s from 00:02:00").error, audiocd::kCdAudioNoOutput);
+}
+
+TEST(ParseMciCommand, QuotedNamesKeepTheirBlanks) {
+    const auto quoted = audiocd::ParseMciCommand(
+        "open " + audiocd::MciQuote("/Meine Musik/a.cue:") + " alias \"a b\"");
+    ASSERT_TRUE(quoted.command);
+    EXPECT_EQ(quoted.command->device, "/Meine Musik/a.cue:");
+    EXPECT_EQ(quoted.command->alias, "a b");
+    EXPECT_FALSE(audiocd::ParseMciCommand("open \"/Meine Musik alias x").command);
+}
+
+TEST(Positions, MillisecondsAndMinutesSecondsFrames) {
+    EXPECT_EQ(FramesToMilliseconds(1), 14);  // 13.3 ms, rounded up
+    for (int32_t frames : {0, 1, 2, 74, 75, 76, 150, 449999}) {
+        for (const auto format : {MciTimeFormat::Milliseconds, MciTimeFormat::Msf})
+            EXPECT_EQ(ParsePosition(FormatPosition(frames, format), format), frames) << frames;
+    }
+    EXPECT_EQ(ParsePosition("999", MciTimeFormat::Milliseconds), 74);
+    EXPECT_EQ(FormatPosition(4500 * 72 + 75 * 3 + 9, MciTimeFormat::Msf), "72:03:09");
+    EXPECT_EQ(ParsePosition("2", MciTimeFormat::Msf), 4500 * 2);
+    EXPECT_EQ(ParsePosition("00:02", MciTimeFormat::Msf), 150);
+    for (const char* bad : {"", ":", "1:60", "1:2:75", "1:2:3:4", "-1", "a", "1.5"})
+        EXPECT_FALSE(ParsePosition(bad, MciTimeFormat::Msf)) << bad;
+    for (const char* bad : {"", "-5", "+5", "5s", "99999999999999999999"})
+        EXPECT_FALSE(ParsePosition(bad, MciTimeFormat::Milliseconds)) << bad;
+    EXPECT_EQ(audiocd::MciValue("  -12 Sekunden"), -12);  // the number a reply starts with
+    EXPECT_EQ(audiocd::MciValue("playing"), 0);
 }

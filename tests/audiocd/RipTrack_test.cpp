@@ -228,6 +228,8 @@ TEST(RipTrack, TableOfContentsAndFileErrorsWarn) {
     EXPECT_EQ(rig.RipToMemory(1), std::nullopt);
     EXPECT_EQ(rig.progress, (std::vector<int>{0, 0}));
 
+    EXPECT_EQ(rig.Rip(4, path), std::nullopt);  // past the last track: nothing to read
+    EXPECT_FALSE(fs::exists(path));
     const fs::path missing = rig.folder / "fehlt" / "Lied.wav";
     EXPECT_EQ(rig.Rip(1, missing), std::nullopt);
     ASSERT_EQ(rig.warnings.size(), 3u);

@@ -1,9 +1,8 @@
-// The 44-byte WAV header and the bounds of a track in the table of contents.
+// The 44-byte WAV header: byte for byte, and its size fields at the ends of their range.
 #include <gtest/gtest.h>
 
 #include <limits>
 
-#include "TrackBounds.h"
 #include "WavHeader.h"
 
 using namespace plattmix;
@@ -17,26 +16,6 @@ constexpr int64_t kInt32Min = std::numeric_limits<int32_t>::min();
 uint32_t Le32(const WavHeaderBytes& h, size_t at) {
     return uint32_t{h[at]} | uint32_t{h[at + 1]} << 8 | uint32_t{h[at + 2]} << 16 |
            uint32_t{h[at + 3]} << 24;
-}
-
-modMMC::TocDescriptor Descriptor(uint8_t track, int32_t lba) {
-    const auto v = static_cast<uint32_t>(lba);
-    return {0x10,
-            track,
-            {static_cast<uint8_t>(v >> 24), static_cast<uint8_t>(v >> 16),
-             static_cast<uint8_t>(v >> 8), static_cast<uint8_t>(v)}};
-}
-
-// Tracks numbered from 1 starting at the given LBAs, then the lead-out.
-modMMC::Toc Toc(std::initializer_list<int32_t> starts, int32_t leadOut) {
-    modMMC::Toc toc;
-    toc.firstTrack = 1;
-    uint8_t number = 1;
-    for (const int32_t lba : starts)
-        toc.descriptors.push_back(Descriptor(number++, lba));
-    toc.lastTrack = static_cast<uint8_t>(number - 1);
-    toc.descriptors.push_back(Descriptor(modMMC::kLeadOutTrack, leadOut));
-    return toc;
 }
 
 }  // namespace
@@ -72,22 +51,4 @@ TEST(WavHeader, SizeFieldsStaySigned32Bit) {
     EXPECT_EQ(Le32(*empty, 40), 0xFFFFFFD4u);
     // The secure mode's standard header announces all of the audio.
     EXPECT_EQ(Le32(*audiocd::StandardWavHeader(705600), 40), 705600u);
-}
-
-// Tables no disc has: missing or huge tracks. (Real tables are ripped in the rip tests.)
-TEST(TrackBounds, MissingOrHugeTracksGiveNothing) {
-    const auto toc = Toc({0, 300}, 600);
-    EXPECT_FALSE(audiocd::ComputeTrackBounds(toc, 0));
-    EXPECT_FALSE(audiocd::ComputeTrackBounds(toc, -1));
-    EXPECT_FALSE(audiocd::ComputeTrackBounds(toc, 3));
-    EXPECT_FALSE(audiocd::ComputeTrackBounds(modMMC::Toc{}, 1));
-
-    // (last - first) * 2352 beyond 32 bits; one sector less than the limit still fits.
-    const int32_t maxSectors = static_cast<int32_t>(kInt32Max / 2352);
-    EXPECT_FALSE(audiocd::ComputeTrackBounds(Toc({0, maxSectors + 2}, maxSectors + 9), 1));
-    const auto widest = audiocd::ComputeTrackBounds(Toc({0, maxSectors + 1}, maxSectors + 9), 1);
-    ASSERT_TRUE(widest);
-    EXPECT_EQ(widest->audioBytes, int64_t{maxSectors} * 2352);
-    // An address that would wrap when the sector before it is taken.
-    EXPECT_FALSE(audiocd::ComputeTrackBounds(Toc({0, std::numeric_limits<int32_t>::min()}, 0), 1));
 }
