@@ -1,6 +1,6 @@
 // AccurateRip: checksums of small tracks whose values follow by hand from the definition, the
 // disc IDs of published discs, records as the server sends them and the verdict against them,
-// and the messages when the server gives none.
+// and the messages when the server gives none; the HTTP transfer's own limits.
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -170,6 +170,21 @@ TEST(AccurateRipFetch, NamesTheServersStatusAndAMissingServer) {
     EXPECT_FALSE(offline.Found());
     EXPECT_TRUE(offline.error.starts_with("AccurateRip: Keine Verbindung zum Server"))
         << offline.error;
+}
+
+TEST(CurlHttpGet, ASlowServerAndALongAnswerAreErrorTexts) {
+    test::LocalHttpServer server;
+    server.Set("/slow", {200, "late", std::chrono::milliseconds(800)});
+    HttpRequest impatient(server.Url() + "slow", "Plattmix");
+    impatient.timeout = std::chrono::milliseconds(200);
+    HttpReply reply = CurlHttpGet(impatient);
+    EXPECT_EQ(reply.status, 0);
+    EXPECT_EQ(reply.error, "Der Server antwortet nicht (Zeitüberschreitung).");
+
+    server.Set("/big", {200, std::string(1000, 'x')});
+    HttpRequest small(server.Url() + "big", "Plattmix");
+    small.maxBytes = 100;
+    EXPECT_EQ(CurlHttpGet(small).error, "Die Antwort des Servers ist zu lang.");
 }
 
 }  // namespace

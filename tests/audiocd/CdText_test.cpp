@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "CdText.h"
-#include "DiscWriter.h"
 #include "Fixtures.h"
+#include "RipRig.h"
 #include "common/ScratchFolder.h"
 #include "imagedrive/clsImageDrive.h"
 
@@ -61,9 +61,7 @@ Bytes Reply(const std::vector<Pack>& packs) {
 }
 
 discgen::DiscDescription Written(const discgen::DiscSpec& spec) {
-    const auto written = discgen::WriteDisc(spec, test::ScratchFolder());
-    EXPECT_TRUE(written.ok()) << written.error;
-    return written.ok() ? *written.value : discgen::DiscDescription{};
+    return test::WrittenDisc(spec, test::ScratchFolder());
 }
 
 }  // namespace

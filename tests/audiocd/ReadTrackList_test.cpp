@@ -4,9 +4,9 @@
 
 #include <array>
 
-#include "DiscWriter.h"
 #include "DriveList.h"
 #include "Fixtures.h"
+#include "RipRig.h"
 #include "TrackList.h"
 #include "common/ScratchFolder.h"
 #include "imagedrive/clsImageDrive.h"
@@ -19,9 +19,7 @@ using scsi::imagedrive::clsImageDrive;
 namespace {
 
 discgen::DiscDescription Written(const discgen::DiscSpec& spec) {
-    const auto written = discgen::WriteDisc(spec, test::ScratchFolder());
-    EXPECT_TRUE(written.ok()) << written.error;
-    return written.ok() ? *written.value : discgen::DiscDescription{};
+    return test::WrittenDisc(spec, test::ScratchFolder());
 }
 
 // The disc in a drive of its own.

@@ -29,6 +29,14 @@ inline std::vector<uint8_t> FileBytes(const std::filesystem::path& path) {
     return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
+// The disc written into folder; an empty description (and a test failure) when it cannot be.
+inline discgen::DiscDescription WrittenDisc(const discgen::DiscSpec& spec,
+                                            const std::filesystem::path& folder) {
+    const auto written = discgen::WriteDisc(spec, folder);
+    EXPECT_TRUE(written.ok()) << written.error;
+    return written.ok() ? *written.value : discgen::DiscDescription{};
+}
+
 // The track at the row position as a plain drive reads it, every sector, behind the standard
 // header: what the secure mode's file holds.
 inline std::vector<uint8_t> WholeTrackWav(const discgen::DiscDescription& truth, int position) {
@@ -66,10 +74,7 @@ struct RipRig {
         const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
         folder = FreshFolder("rip",
                              std::string(info->test_suite_name()) + "." + info->name() + "." + sub);
-        const auto written = discgen::WriteDisc(spec, folder / "disc");
-        EXPECT_TRUE(written.ok()) << written.error;
-        if (written.ok())
-            disc = *written.value;
+        disc = WrittenDisc(spec, folder / "disc");
         const auto handle = drive.AddDrive(disc.cuePath.string());
         EXPECT_TRUE(handle.ok()) << handle.Error();
         std::filesystem::create_directories(folder / "out");

@@ -1,13 +1,16 @@
 // The secure mode through the disc-image drive and a local AccurateRip server: what is read how
-// often, the files against the disc's true audio, the rows' verdicts, the log and the cue sheet.
+// often, the files against the disc's true audio, the rows' verdicts, the log and the cue sheet;
+// the CRC-32 that names each pass.
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "AccurateRipFetch.h"
 #include "AccurateRipFile.h"
 #include "AccurateRipIds.h"
+#include "Crc32.h"
 #include "CurlHttpGet.h"
 #include "Fixtures.h"
 #include "RipRig.h"
@@ -24,9 +27,7 @@ using test::WholeTrackWav;
 // The disc as a drive without quirks reads it: the same name, so the same audio.
 discgen::DiscDescription WithoutQuirks(discgen::DiscSpec spec) {
     spec.drive = {};
-    const auto written = discgen::WriteDisc(spec, test::ScratchFolder("secure-truth"));
-    EXPECT_TRUE(written.ok()) << written.error;
-    return written.ok() ? *written.value : discgen::DiscDescription{};
+    return test::WrittenDisc(spec, test::ScratchFolder("secure-truth"));
 }
 
 // A secure rip to WAV, asking a local AccurateRip server.
@@ -64,6 +65,10 @@ struct SecureRig : test::RipRig {
         return {bytes.begin(), bytes.end()};
     }
 };
+
+std::span<const uint8_t> Text(std::string_view text) {
+    return {reinterpret_cast<const uint8_t*>(text.data()), text.size()};
+}
 
 size_t Count(const std::string& text, const std::string& part) {
     size_t count = 0;
@@ -156,4 +161,28 @@ TEST(SecureRip, TheCueSheetCarriesCatalogIsrcAndPregaps) {
               "    INDEX 00 00:03:00\n"
               "FILE \"Track03.wav\" WAVE\n"
               "    INDEX 01 00:00:00\n");
+}
+
+// The checksum each pass is named by is the common CRC-32 (zlib, cksum -a crc32b), however the
+// bytes arrive.
+TEST(Crc32, MatchesTheCheckValuesWholePiecewiseAndWithZeros) {
+    EXPECT_EQ(audiocd::Crc32::Of(Text("123456789")), 0xCBF43926u);
+    EXPECT_EQ(audiocd::Crc32::Of(Text("")), 0u);
+    std::vector<uint8_t> data(1000);
+    for (size_t i = 0; i < data.size(); ++i)
+        data[i] = static_cast<uint8_t>(i * 7 + 3);
+    // Split points around the eight-byte steps and the byte-wise tail.
+    for (const size_t cut : {size_t{1}, size_t{7}, size_t{9}, size_t{999}}) {
+        audiocd::Crc32 crc;
+        crc.Update(std::span<const uint8_t>(data).first(cut));
+        crc.Update(std::span<const uint8_t>(data).subspan(cut));
+        EXPECT_EQ(crc.Value(), audiocd::Crc32::Of(data)) << "cut at " << cut;
+    }
+    const std::vector<uint8_t> zeros(2352 * 3 + 5, 0);
+    audiocd::Crc32 viaZeros, viaBytes;
+    viaZeros.Update(Text("x"));
+    viaZeros.UpdateZeros(zeros.size());
+    viaBytes.Update(Text("x"));
+    viaBytes.Update(zeros);
+    EXPECT_EQ(viaZeros.Value(), viaBytes.Value());
 }
