@@ -301,16 +301,12 @@ TEST(ParseMciCommand, QuotedNamesKeepTheirBlanks) {
     EXPECT_FALSE(audiocd::ParseMciCommand("open \"/Meine Musik alias x").command);
 }
 
+// Positions the device's own tests do not send: frames rounded, fields out of range.
 TEST(Positions, MillisecondsAndMinutesSecondsFrames) {
     EXPECT_EQ(FramesToMilliseconds(1), 14);  // 13.3 ms, rounded up
-    for (int32_t frames : {0, 1, 2, 74, 75, 76, 150, 449999}) {
-        for (const auto format : {MciTimeFormat::Milliseconds, MciTimeFormat::Msf})
-            EXPECT_EQ(ParsePosition(FormatPosition(frames, format), format), frames) << frames;
-    }
     EXPECT_EQ(ParsePosition("999", MciTimeFormat::Milliseconds), 74);
-    EXPECT_EQ(FormatPosition(4500 * 72 + 75 * 3 + 9, MciTimeFormat::Msf), "72:03:09");
+    EXPECT_EQ(FormatPosition(449999, MciTimeFormat::Msf), "99:59:74");
     EXPECT_EQ(ParsePosition("2", MciTimeFormat::Msf), 4500 * 2);
-    EXPECT_EQ(ParsePosition("00:02", MciTimeFormat::Msf), 150);
     for (const char* bad : {"", ":", "1:60", "1:2:75", "1:2:3:4", "-1", "a", "1.5"})
         EXPECT_FALSE(ParsePosition(bad, MciTimeFormat::Msf)) << bad;
     for (const char* bad : {"", "-5", "+5", "5s", "99999999999999999999"})

@@ -2,21 +2,18 @@
 // drive: the bytes written, the result texts, the messages and what stays on disk when something
 // fails.
 #include <gtest/gtest.h>
-#include <scsi/sg.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
 #include <limits>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "Fixtures.h"
 #include "RipRig.h"
 #include "RipTrack.h"
-#include "clsSPTI.h"
 #include "common/SmallDisk.h"
 
 using namespace plattmix;
@@ -213,49 +210,6 @@ TEST(RipTrack, ReadErrorsInAFullBlockAndInTheRemainder) {
     EXPECT_TRUE(test::FileBytes(path) == Bytes(whole.begin(), whole.begin() + 44 + 8 * kBlock));
     EXPECT_EQ(rig.RipToMemory(2), std::nullopt);
     EXPECT_EQ(rig.warnings, std::vector<std::string>{"Lesefehler in Range 516 - 524."});
-}
-
-// The pass-through transport over a node whose SG_IO requests reach the image drive; the READ CD
-// at shortLba delivers one sector less, with the residual count a kernel reports, and leaves the
-// rest of the buffer holding the previous block.
-std::unique_ptr<scsi::clsSPTI> ShortReadingNode(Rig& rig, int32_t shortLba) {
-    fs::create_directories(rig.folder / "block" / "sr0");
-    fs::create_directories(rig.folder / "dev");
-    std::ofstream(rig.folder / "dev" / "sr0") << "node";
-    auto sgIo = [&rig, shortLba](int, sg_io_hdr& h) {
-        const std::span<const uint8_t> cdb(static_cast<const uint8_t*>(h.cmdp), h.cmd_len);
-        uint8_t cdblen = h.cmd_len;
-        int32_t direction = h.dxfer_direction == SG_DXFER_FROM_DEV ? 0 : 1;
-        int16_t timeOut = 5;
-        Bytes reply(h.dxfer_len);
-        h.status = static_cast<uint8_t>(
-            rig.drive.ExecCMD(rig.params.handle, cdb, cdblen, direction, reply.data(),
-                              static_cast<int32_t>(reply.size()), timeOut));
-        const auto lba = static_cast<int32_t>(uint32_t{cdb[2]} << 24 | uint32_t{cdb[3]} << 16 |
-                                              uint32_t{cdb[4]} << 8 | cdb[5]);
-        const bool cut = cdb[0] == 0xBE && lba == shortLba;
-        const size_t delivered = reply.size() - (cut ? static_cast<size_t>(kSector) : 0);
-        std::copy_n(reply.begin(), delivered, static_cast<uint8_t*>(h.dxferp));
-        h.resid = static_cast<int>(reply.size() - delivered);
-        return 0;
-    };
-    return std::make_unique<scsi::clsSPTI>((rig.folder / "block").string(),
-                                           (rig.folder / "dev").string(), sgIo);
-}
-
-// A READ CD that the drive answers GOOD but short is a read error, on both paths: no audio is
-// taken from the bytes that did not come.
-TEST(RipTrack, ShortReadCdIsAReadError) {
-    Rig rig(discgen::AudioThreeTracks());
-    auto node = ShortReadingNode(rig, 354);
-    const fs::path path = rig.folder / "Lied.wav";
-    const Bytes whole = rig.ExpectedWav(1, 224);
-    EXPECT_EQ(audiocd::RipTrackWav(*node, "sr0", 2, path.string(), "Lied", rig.hooks),
-              std::nullopt);
-    EXPECT_TRUE(test::FileBytes(path) == Bytes(whole.begin(), whole.begin() + 44 + 2 * kBlock));
-    EXPECT_EQ(audiocd::RipTrackToMemory(*node, "sr0", 2, rig.hooks), std::nullopt);
-    EXPECT_EQ(rig.warnings, (std::vector<std::string>{"Lesefehler in Range 354 - 381.",
-                                                      "Lesefehler in Range 354 - 381."}));
 }
 
 // The table of contents (no file made), a file that cannot be opened, a disk that fills up: each
