@@ -1,6 +1,6 @@
 // The cdaudio device playing generated discs from the disc-image drive into a test sink (and once
 // into ALSA): the bytes delivered, the status while playing, stop, the door, and what each
-// failure leaves; its command strings' quoted names and positions.
+// failure leaves; positions in its command strings.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -27,7 +27,6 @@
 
 using namespace plattmix;
 using audiocd::CdAudio;
-using audiocd::FormatPosition;
 using audiocd::FramesToMilliseconds;
 using audiocd::MciTimeFormat;
 using audiocd::ParsePosition;
@@ -48,7 +47,8 @@ class CdAudioTest : public ::testing::Test {
 
     void Load(const discgen::DiscSpec& spec, bool sharedTransport = false) {
         cd.reset();
-        auto written = discgen::WriteDisc(spec, test::ScratchFolder());
+        // A folder with a blank: every command names the drive in quotes.
+        auto written = discgen::WriteDisc(spec, test::ScratchFolder() / "Meine Musik");
         ASSERT_TRUE(written.ok()) << written.error;
         disc = *written.value;
         owned = std::make_unique<clsImageDrive>();
@@ -151,17 +151,18 @@ TEST_F(CdAudioTest, WrongCommandsChangeNothing) {
     std::string text;
     EXPECT_EQ(audiocd::SendCommand(*cd, "stop other", &text), 0);
     EXPECT_EQ(text, "Unter diesem Alias ist kein Gerät geöffnet. other");
-    EXPECT_EQ(Send("open " + handle + " alias CD").error, audiocd::kCdAudioAliasInUse);
+    EXPECT_EQ(Send("open " + audiocd::MciQuote(handle) + " alias CD").error,
+              audiocd::kCdAudioAliasInUse);
     EXPECT_EQ(Send("open /dev/plattmix-sr9: alias x").error, audiocd::kCdAudioNoSuchDrive);
-    EXPECT_EQ(Send("open " + handle + " type waveaudio alias y").error, audiocd::kCdAudioWrongType);
+    EXPECT_EQ(Send("open " + audiocd::MciQuote(handle) + " type waveaudio alias y").error,
+              audiocd::kCdAudioWrongType);
     EXPECT_EQ(Send("play cd from 0").error, audiocd::kCdAudioOutOfRange);  // the pre-gap
     EXPECT_EQ(Send("play cd from " + Ms(kLeadOut)).error, audiocd::kCdAudioOutOfRange);
     EXPECT_EQ(Send("play cd from 3000 to 3000").error, audiocd::kCdAudioOutOfRange);
     EXPECT_EQ(Send("play cd from drei").error, audiocd::kCdAudioBadNumber);
     EXPECT_EQ(Send("pause cd").error, audiocd::kCdAudioUnknownCommand);
-    EXPECT_EQ(Send("play").error, audiocd::kCdAudioMissingDevice);
+    EXPECT_EQ(Send("open \"/Meine Musik alias x").error, audiocd::kCdAudioOpenQuote);
     EXPECT_EQ(Send("play cd from").error, audiocd::kCdAudioMissingValue);
-    EXPECT_EQ(Send("set cd door ajar").error, audiocd::kCdAudioUnknownKeyword);
     EXPECT_EQ(Send("set cd time format tmsf").error, audiocd::kCdAudioBadTimeFormat);
     EXPECT_EQ(sink->Opens(), 0);
     // Aliases in any case; the device still works.
@@ -178,7 +179,6 @@ TEST_F(CdAudioTest, DataTracksAndMissingDiscs) {
     const auto empty = drive->AddDrive("");
     ASSERT_TRUE(Send("open " + empty.Value() + ": alias leer").ok());
     EXPECT_EQ(Send("play leer from 2000").error, audiocd::kCdAudioNotReady);
-    EXPECT_EQ(Send("status leer length").error, audiocd::kCdAudioNotReady);
     EXPECT_EQ(Result("status leer mode"), "not ready");
     EXPECT_EQ(Result("status leer media present"), "false");
     drive->OpenTray(empty.Value());
@@ -247,13 +247,10 @@ TEST_F(CdAudioTest, TheWindowReadsTheDiscWhileTheWorkerPlays) {
     Load(discgen::AudioThreeTracks(), true);
     auto& sharedTransport = static_cast<audiocd::CdAudioSharedTransport&>(*shared);
     ASSERT_TRUE(Send("play cd from 2000").ok());
-    int reads = 0;
-    while (Result("status cd mode") == "playing") {
+    while (Result("status cd mode") == "playing")
         EXPECT_EQ(audiocd::ReadTrackList(sharedTransport, handle).rows.size(), 3u);
-        ++reads;
-    }
     EXPECT_TRUE(sink->Bytes() == FromFile(0, kLeadOut));
-    EXPECT_TRUE(cd->PlaybackError("cd").empty()) << reads;
+    EXPECT_TRUE(cd->PlaybackError("cd").empty());
 
     // Each thread reads back the sense of its own last command.
     const auto empty = drive->AddDrive("");
@@ -273,13 +270,13 @@ TEST_F(CdAudioTest, TheWindowReadsTheDiscWhileTheWorkerPlays) {
 // device that does not exist, or none at all, fails that play alone, with ALSA's reason.
 TEST_F(CdAudioTest, PlaysIntoTheNullDeviceAndNamesAMissingOne) {
     CdAudio alsa(*drive, audiocd::AlsaSinkFactory("null"));
-    ASSERT_TRUE(alsa.SendString("open " + handle + " alias a").ok());
+    ASSERT_TRUE(alsa.SendString("open " + audiocd::MciQuote(handle) + " alias a").ok());
     ASSERT_TRUE(alsa.SendString("play a from 00:06:00 to 00:07:00 wait").ok());
     EXPECT_EQ(alsa.SendString("status a position").result, "00:07:00");
     EXPECT_EQ(alsa.PlaybackError("a"), "");
 
     CdAudio missing(*drive, audiocd::AlsaSinkFactory("plattmix-fehlt"));
-    ASSERT_TRUE(missing.SendString("open " + handle + " alias m").ok());
+    ASSERT_TRUE(missing.SendString("open " + audiocd::MciQuote(handle) + " alias m").ok());
     const auto reply = missing.SendString("play m from 00:06:00");
     EXPECT_EQ(reply.error, audiocd::kCdAudioNoOutput);
     EXPECT_TRUE(
@@ -288,24 +285,14 @@ TEST_F(CdAudioTest, PlaysIntoTheNullDeviceAndNamesAMissingOne) {
     EXPECT_EQ(missing.SendString("status m mode").result, "stopped");
     EXPECT_EQ(missing.SendString("status m position").result, "00:02:00");
     CdAudio silent(*drive, {});
-    ASSERT_TRUE(silent.SendString("open " + handle + " alias s").ok());
+    ASSERT_TRUE(silent.SendString("open " + audiocd::MciQuote(handle) + " alias s").ok());
     EXPECT_EQ(silent.SendString("play s from 00:02:00").error, audiocd::kCdAudioNoOutput);
-}
-
-TEST(ParseMciCommand, QuotedNamesKeepTheirBlanks) {
-    const auto quoted = audiocd::ParseMciCommand(
-        "open " + audiocd::MciQuote("/Meine Musik/a.cue:") + " alias \"a b\"");
-    ASSERT_TRUE(quoted.command);
-    EXPECT_EQ(quoted.command->device, "/Meine Musik/a.cue:");
-    EXPECT_EQ(quoted.command->alias, "a b");
-    EXPECT_FALSE(audiocd::ParseMciCommand("open \"/Meine Musik alias x").command);
 }
 
 // Positions the device's own tests do not send: frames rounded, fields out of range.
 TEST(Positions, MillisecondsAndMinutesSecondsFrames) {
     EXPECT_EQ(FramesToMilliseconds(1), 14);  // 13.3 ms, rounded up
     EXPECT_EQ(ParsePosition("999", MciTimeFormat::Milliseconds), 74);
-    EXPECT_EQ(FormatPosition(449999, MciTimeFormat::Msf), "99:59:74");
     EXPECT_EQ(ParsePosition("2", MciTimeFormat::Msf), 4500 * 2);
     for (const char* bad : {"", ":", "1:60", "1:2:75", "1:2:3:4", "-1", "a", "1.5"})
         EXPECT_FALSE(ParsePosition(bad, MciTimeFormat::Msf)) << bad;

@@ -60,10 +60,6 @@ Bytes Reply(const std::vector<Pack>& packs) {
     return reply;
 }
 
-discgen::DiscDescription Written(const discgen::DiscSpec& spec) {
-    return test::WrittenDisc(spec, test::ScratchFolder());
-}
-
 }  // namespace
 
 TEST(ParseCdText, DamagedRepliesLoseOnlyTheTextsTheyTouch) {
@@ -115,7 +111,7 @@ TEST(ReadCdText, GeneratedDiscsGiveTheAlbumAndEveryTrack) {
         "ber die Heide, gesammelt und gesungen \xE2\x82\xAC";
     spec.tracks[2].title = spec.tracks[1].title;
     spec.tracks[2].performer = "";
-    const auto disc = Written(spec);
+    const auto disc = test::WrittenDisc(spec, test::ScratchFolder());
     clsImageDrive drive;
     const auto handle = drive.AddDrive(disc.cuePath.string());
     ASSERT_TRUE(handle.ok()) << handle.Error();

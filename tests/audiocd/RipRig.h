@@ -86,8 +86,6 @@ struct RipRig {
                 {static_cast<int>(i + 1), spec.tracks[i].mode == discgen::TrackMode::Audio});
         hooks.warn = [this](const std::string& text) { warnings.push_back(text); };
     }
-    RipRig(const RipRig&) = delete;
-    RipRig& operator=(const RipRig&) = delete;
 
     audiocd::RowTextFn RowText() {
         return [this, caller = std::this_thread::get_id()](size_t row, const std::string& text) {

@@ -7,10 +7,11 @@
 #include <string>
 #include <vector>
 
+#include "AudioSynth.h"
 #include "ConvertAudioStream.h"
 #include "MediaProbe.h"
 #include "OutputFormats.h"
-#include "WavImage.h"
+#include "WavHeader.h"
 #include "common/ScratchFolder.h"
 
 using namespace plattmix;
@@ -38,9 +39,19 @@ std::vector<fs::path> FilesIn(const fs::path& folder) {
     return files;
 }
 
-// Three seconds and a bit: 230 sectors, not a whole number of any codec's frames.
+// Three seconds and a bit of generated music behind the program's header: 230 sectors, not a
+// whole number of any codec's frames.
+constexpr size_t kShortBytes = 230 * 2352;
 const std::vector<uint8_t>& ShortImage() {
-    static const std::vector<uint8_t> image = test::MakeWavImage(230);
+    static const std::vector<uint8_t> image = [] {
+        const auto header = audiocd::WavHeader(kShortBytes);
+        std::vector<uint8_t> bytes(header->begin(), header->end());
+        bytes.resize(44 + kShortBytes);
+        discgen::AudioSynth synth(1, discgen::AudioSynth::Voice::Chord, 7);
+        for (size_t at = 44; at < bytes.size(); at += 2352)
+            synth.FillSector(std::span<uint8_t, 2352>(bytes.data() + at, 2352));
+        return bytes;
+    }();
     return image;
 }
 
@@ -82,13 +93,16 @@ TEST(ConvertAudioStream, EachFormatDecodesToItsCodecRateLengthAndTags) {
         }
         if (c.index == 3) {  // FLAC: exactly the announced samples, in 24 bits
             EXPECT_EQ(probed->bitsPerRawSample, 24);
-            const std::vector<int16_t> source = test::AnnouncedSamples(ShortImage());
-            ASSERT_EQ(probed->pcm.size(), source.size());  // the last 44 bytes are not audio to it
-            for (size_t i = 0; i < source.size(); ++i)
-                ASSERT_EQ(probed->pcm[i], int32_t{source[i]} << 16) << "sample " << i;
+            // The header's data size, N - 44: the last 44 bytes are not audio to the demuxer.
+            ASSERT_EQ(probed->pcm.size(), (kShortBytes - 44) / 2);
+            for (size_t i = 0; i < probed->pcm.size(); ++i) {
+                const auto* sample = &ShortImage()[44 + 2 * i];
+                const auto value = static_cast<int16_t>(sample[0] | sample[1] << 8);
+                ASSERT_EQ(probed->pcm[i], int32_t{value} << 16) << "sample " << i;
+            }
         }
         // The demuxer's view of the source: the frames the header announces.
-        const int64_t sourceFrames = (static_cast<int64_t>(ShortImage().size()) - 88) / 4;
+        const auto sourceFrames = static_cast<int64_t>(kShortBytes - 44) / 4;
         EXPECT_NEAR(static_cast<double>(probed->samples),
                     static_cast<double>(sourceFrames * c.rate / 44100), c.frame);
         if (c.idKey == nullptr)
