@@ -3,7 +3,6 @@
 // failure leaves; positions in its command strings.
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <memory>
@@ -31,7 +30,6 @@ using audiocd::FramesToMilliseconds;
 using audiocd::MciTimeFormat;
 using audiocd::ParsePosition;
 using scsi::imagedrive::clsImageDrive;
-namespace fs = std::filesystem;
 
 namespace {
 
