@@ -1,8 +1,8 @@
-// The cdaudio device playing generated discs from the disc-image drive into a test sink: the
-// bytes delivered, the status while playing, stop, the door, and what each failure leaves.
+// The cdaudio device playing generated discs from the disc-image drive into a test sink (and once
+// into ALSA): the bytes delivered, the status while playing, stop, the door, and what each
+// failure leaves; positions in its command strings.
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <memory>
@@ -10,12 +10,12 @@
 #include <thread>
 #include <vector>
 
+#include "AlsaSink.h"
 #include "CdAudio.h"
 #include "CdAudioDoor.h"
 #include "CdAudioErrors.h"
 #include "CdAudioSharedTransport.h"
 #include "CdAudioTestSink.h"
-#include "CdPlayerButtons.h"
 #include "DiscWriter.h"
 #include "Fixtures.h"
 #include "TrackList.h"
@@ -27,25 +27,42 @@
 using namespace plattmix;
 using audiocd::CdAudio;
 using audiocd::FramesToMilliseconds;
+using audiocd::MciTimeFormat;
+using audiocd::ParsePosition;
 using scsi::imagedrive::clsImageDrive;
-namespace fs = std::filesystem;
 
 namespace {
 
 using Bytes = std::vector<uint8_t>;
 constexpr std::ptrdiff_t kSector = 2352;
 
-// A generated disc in an image drive (owned here, or by a shared transport), with a cdaudio
-// device on it whose audio goes into a test sink. Alias "cd" is open in milliseconds.
-struct Rig {
-    discgen::DiscDescription disc;
-    std::unique_ptr<clsImageDrive> owned = std::make_unique<clsImageDrive>();
-    clsImageDrive* drive = owned.get();
-    std::unique_ptr<scsi::ISCSI> shared;
-    std::string handle;
-    std::shared_ptr<test::SinkRecord> sink = std::make_shared<test::SinkRecord>();
-    std::unique_ptr<CdAudio> cd;
+// A generated disc (AudioThreeTracks unless a test loads another) in an image drive (owned here,
+// or by a shared transport), with a cdaudio device on it whose audio goes into a test sink.
+// Alias "cd" is open in milliseconds.
+class CdAudioTest : public ::testing::Test {
+  protected:
+    void SetUp() override { Load(discgen::AudioThreeTracks()); }
 
+    void Load(const discgen::DiscSpec& spec, bool sharedTransport = false) {
+        cd.reset();
+        // A folder with a blank: every command names the drive in quotes.
+        auto written = discgen::WriteDisc(spec, test::ScratchFolder() / "Meine Musik");
+        ASSERT_TRUE(written.ok()) << written.error;
+        disc = *written.value;
+        owned = std::make_unique<clsImageDrive>();
+        drive = owned.get();
+        handle = drive->AddDrive(disc.cuePath.string()).Value();
+        scsi::ISCSI* transport = drive;
+        if (sharedTransport) {
+            shared = std::make_unique<audiocd::CdAudioSharedTransport>(std::move(owned));
+            transport = shared.get();
+        }
+        cd = std::make_unique<CdAudio>(*transport, test::TestSinks(sink));
+        ASSERT_TRUE(Send("open " + audiocd::MciQuote(handle + ":") +
+                         " alias cd wait shareable type cdaudio")
+                        .ok());
+        ASSERT_TRUE(Send("set cd time format milliseconds").ok());
+    }
     audiocd::MciReply Send(const std::string& command) { return cd->SendString(command); }
     std::string Result(const std::string& command) {
         const auto reply = Send(command);
@@ -55,36 +72,21 @@ struct Rig {
     // Milliseconds of a sector address.
     static std::string Ms(int32_t lba) { return std::to_string(FramesToMilliseconds(lba + 150)); }
 
-    // The bytes of sectors [from, to) straight from the audio file, which starts at LBA first.
-    Bytes FromFile(int32_t from, int32_t to, size_t file = 0, int32_t first = 0) const {
-        std::ifstream in(disc.files[file].path, std::ios::binary);
+    // The bytes of sectors [from, to) straight from the disc's first file, which starts at LBA 0.
+    Bytes FromFile(int32_t from, int32_t to) const {
+        std::ifstream in(disc.files[0].path, std::ios::binary);
         const Bytes all(std::istreambuf_iterator<char>(in), {});
-        return Bytes(all.begin() + (from - first) * kSector, all.begin() + (to - first) * kSector);
+        return Bytes(all.begin() + from * kSector, all.begin() + to * kSector);
     }
-};
 
-std::unique_ptr<Rig> Load(const discgen::DiscSpec& spec, bool sharedTransport = false) {
-    auto rig = std::make_unique<Rig>();
-    auto written = discgen::WriteDisc(spec, test::ScratchFolder());
-    EXPECT_TRUE(written.ok()) << written.error;
-    if (!written.ok())
-        return nullptr;
-    rig->disc = *written.value;
-    const auto handle = rig->drive->AddDrive(rig->disc.cuePath.string());
-    EXPECT_TRUE(handle.ok());
-    rig->handle = handle.Value();
-    scsi::ISCSI* transport = rig->drive;
-    if (sharedTransport) {
-        rig->shared = std::make_unique<audiocd::CdAudioSharedTransport>(std::move(rig->owned));
-        transport = rig->shared.get();
-    }
-    rig->cd = std::make_unique<CdAudio>(*transport, test::TestSinks(rig->sink));
-    EXPECT_TRUE(rig->Send("open " + audiocd::MciQuote(rig->handle + ":") +
-                          " alias cd wait shareable type cdaudio")
-                    .ok());
-    EXPECT_TRUE(rig->Send("set cd time format milliseconds").ok());
-    return rig;
-}
+    discgen::DiscDescription disc;
+    std::unique_ptr<clsImageDrive> owned;
+    clsImageDrive* drive = nullptr;
+    std::unique_ptr<scsi::ISCSI> shared;
+    std::string handle;
+    std::shared_ptr<test::SinkRecord> sink = std::make_shared<test::SinkRecord>();
+    std::unique_ptr<CdAudio> cd;
+};
 
 // AudioThreeTracks: tracks at LBA 0, 300 and 525, lead-out at 900, all in one file.
 constexpr int32_t kTrack2 = 300;
@@ -93,335 +95,207 @@ constexpr int32_t kLeadOut = 900;
 
 }  // namespace
 
-TEST(CdAudioPlay, DeliversTheDiscsBytesFromTheRequestedPositionToTheEnd) {
-    auto rig = Load(discgen::AudioThreeTracks());
-    ASSERT_TRUE(rig);
-    const int32_t from = kTrack2 + 75;  // a second into track 2
-    ASSERT_TRUE(rig->Send("play cd from " + Rig::Ms(from) + " wait").ok());
-    EXPECT_TRUE(rig->sink->Bytes() == rig->FromFile(from, kLeadOut));
-    EXPECT_EQ(rig->sink->Drains(), 1);
-    EXPECT_EQ(rig->Result("status cd mode"), "stopped");
-    EXPECT_EQ(rig->Result("status cd position"), Rig::Ms(kLeadOut));
-    EXPECT_EQ(rig->Result("status cd current track"), "3");
-}
+// Lengths and positions of the disc and its tracks; the bytes played from, to, in both formats.
+TEST_F(CdAudioTest, StatusAndTheDiscsBytesFromToInBothTimeFormats) {
+    EXPECT_EQ(Result("status cd position"), "2000");  // the first track's start
+    EXPECT_EQ(Result("status cd current track"), "1");
+    EXPECT_EQ(Result("status cd length"), "12000");
+    EXPECT_EQ(Result("status cd length track 2"), "3000");
+    EXPECT_EQ(Result("status cd position track 3"), Ms(kTrack3));
+    EXPECT_EQ(Send("status cd length track 4").error, audiocd::kCdAudioOutOfRange);
 
-TEST(CdAudioPlay, FromToInBothTimeFormats) {
-    auto rig = Load(discgen::AudioThreeTracks());
-    ASSERT_TRUE(rig);
-    ASSERT_TRUE(rig->Send("play cd from " + Rig::Ms(0) + " to " + Rig::Ms(kTrack2) + " wait").ok());
-    EXPECT_TRUE(rig->sink->Bytes() == rig->FromFile(0, kTrack2));
+    const int32_t from = kTrack2 + 75;  // a second into track 2, to the disc's end
+    ASSERT_TRUE(Send("play cd from " + Ms(from) + " wait").ok());
+    EXPECT_TRUE(sink->Bytes() == FromFile(from, kLeadOut));
+    EXPECT_EQ(sink->Drains(), 1);
+    EXPECT_EQ(Result("status cd mode"), "stopped");
+    EXPECT_EQ(Result("status cd position"), Ms(kLeadOut));
+    EXPECT_EQ(Result("status cd current track"), "3");
 
-    rig->Send("set cd time format msf");
-    const size_t before = rig->sink->Bytes().size();
-    ASSERT_TRUE(rig->Send("play cd from 00:06:00 to 00:07:01 wait").ok());  // LBA 300 to 376
-    const Bytes all = rig->sink->Bytes();
+    Send("set cd time format msf");
+    EXPECT_EQ(Result("status cd length"), "00:12:00");
+    EXPECT_EQ(Result("status cd position track 2"), "00:06:00");
+    EXPECT_EQ(audiocd::SendCommand(*cd, "status cd number of tracks"), 3);
+    const size_t before = sink->Bytes().size();
+    ASSERT_TRUE(Send("play cd from 00:06:00 to 00:07:01 wait").ok());  // LBA 300 to 376
+    const Bytes all = sink->Bytes();
     EXPECT_TRUE(Bytes(all.begin() + static_cast<std::ptrdiff_t>(before), all.end()) ==
-                rig->FromFile(kTrack2, kTrack2 + 76));
-    EXPECT_EQ(rig->Result("status cd position"), "00:07:01");
+                FromFile(kTrack2, kTrack2 + 76));
+    EXPECT_EQ(Result("status cd position"), "00:07:01");
 }
 
-TEST(CdAudioPlay, PositionAdvancesAndStopStops) {
-    auto rig = Load(discgen::AudioThreeTracks());
-    ASSERT_TRUE(rig);
-    rig->sink->Hold(2);
-    ASSERT_TRUE(rig->Send("play cd from " + Rig::Ms(0)).ok());
+TEST_F(CdAudioTest, PositionAdvancesAndStopStops) {
+    sink->Hold(2);
+    ASSERT_TRUE(Send("play cd from " + Ms(0)).ok());
     // Two pieces of four sectors taken, the third waiting.
-    ASSERT_TRUE(rig->sink->WaitForCalls(3));
-    EXPECT_EQ(rig->Result("status cd mode"), "playing");
-    EXPECT_EQ(rig->Result("status cd position"), Rig::Ms(8));
-    EXPECT_EQ(rig->Result("status cd current track"), "1");
-    EXPECT_EQ(rig->Result("status cd media present"), "true");
-    EXPECT_EQ(rig->Result("status cd length"), "12000");
+    ASSERT_TRUE(sink->WaitForCalls(3));
+    EXPECT_EQ(Result("status cd mode"), "playing");
+    EXPECT_EQ(Result("status cd position"), Ms(8));
+    EXPECT_EQ(Result("status cd media present"), "true");
 
-    rig->sink->Hold(1);
-    ASSERT_TRUE(rig->sink->WaitForCalls(4));
-    EXPECT_EQ(rig->Result("status cd position"), Rig::Ms(12));
-
-    ASSERT_TRUE(rig->Send("stop cd").ok());
-    EXPECT_EQ(rig->Result("status cd mode"), "stopped");
-    EXPECT_EQ(rig->sink->Writes(), 3);
-    EXPECT_EQ(rig->sink->Drops(), 1);
-    rig->sink->Release();
-    EXPECT_EQ(rig->sink->Writes(), 3);
-    EXPECT_EQ(rig->Result("status cd position"), Rig::Ms(12));
+    ASSERT_TRUE(Send("stop cd").ok());
+    EXPECT_EQ(Result("status cd mode"), "stopped");
+    EXPECT_EQ(sink->Drops(), 1);
+    sink->Release();
+    EXPECT_EQ(sink->Writes(), 2);  // the waiting piece was never taken
+    EXPECT_EQ(Result("status cd position"), Ms(8));
 
     // Play without "from" goes on where it stopped.
-    ASSERT_TRUE(rig->Send("play cd to " + Rig::Ms(kTrack2) + " wait").ok());
-    EXPECT_TRUE(rig->sink->Bytes() == rig->FromFile(0, kTrack2));
+    ASSERT_TRUE(Send("play cd to " + Ms(kTrack2) + " wait").ok());
+    EXPECT_TRUE(sink->Bytes() == FromFile(0, kTrack2));
 }
 
-TEST(CdAudioStatus, LengthsAndPositionsOfTheDiscAndItsTracks) {
-    auto rig = Load(discgen::AudioThreeTracks());
-    ASSERT_TRUE(rig);
-    EXPECT_EQ(rig->Result("status cd position"), "2000");  // the first track's start
-    EXPECT_EQ(rig->Result("status cd current track"), "1");
-    EXPECT_EQ(rig->Result("status cd length"), "12000");
-    EXPECT_EQ(rig->Result("status cd length track 2"), "3000");
-    EXPECT_EQ(rig->Result("status cd position track 3"), Rig::Ms(kTrack3));
-    EXPECT_EQ(rig->Result("status cd number of tracks"), "3");
-    EXPECT_EQ(rig->Result("status cd mode"), "stopped");
-    EXPECT_EQ(rig->Send("status cd length track 4").error, audiocd::kCdAudioOutOfRange);
-
-    rig->Send("set cd time format msf");
-    EXPECT_EQ(rig->Result("status cd length"), "00:12:00");
-    EXPECT_EQ(rig->Result("status cd position track 2"), "00:06:00");
-    EXPECT_EQ(audiocd::SendCommand(*rig->cd, "status cd number of tracks"), 3);
-}
-
-TEST(CdAudioErrors, WrongCommandsChangeNothing) {
-    auto rig = Load(discgen::AudioThreeTracks());
-    ASSERT_TRUE(rig);
+TEST_F(CdAudioTest, WrongCommandsChangeNothing) {
     std::string text;
-    EXPECT_EQ(audiocd::SendCommand(*rig->cd, "stop other", &text), 0);
+    EXPECT_EQ(audiocd::SendCommand(*cd, "stop other", &text), 0);
     EXPECT_EQ(text, "Unter diesem Alias ist kein Gerät geöffnet. other");
-    EXPECT_EQ(rig->Send("open " + rig->handle + " alias CD").error, audiocd::kCdAudioAliasInUse);
-    EXPECT_EQ(rig->Send("open /dev/plattmix-sr9: alias x").error, audiocd::kCdAudioNoSuchDrive);
-    EXPECT_EQ(rig->Send("open " + rig->handle + " type waveaudio alias y").error,
+    EXPECT_EQ(Send("open " + audiocd::MciQuote(handle) + " alias CD").error,
+              audiocd::kCdAudioAliasInUse);
+    EXPECT_EQ(Send("open /dev/plattmix-sr9: alias x").error, audiocd::kCdAudioNoSuchDrive);
+    EXPECT_EQ(Send("open " + audiocd::MciQuote(handle) + " type waveaudio alias y").error,
               audiocd::kCdAudioWrongType);
-    EXPECT_EQ(rig->Send("play cd from 0").error, audiocd::kCdAudioOutOfRange);  // the pre-gap
-    EXPECT_EQ(rig->Send("play cd from " + Rig::Ms(kLeadOut)).error, audiocd::kCdAudioOutOfRange);
-    EXPECT_EQ(rig->Send("play cd from 3000 to 3000").error, audiocd::kCdAudioOutOfRange);
-    EXPECT_EQ(rig->Send("play cd from drei").error, audiocd::kCdAudioBadNumber);
-    EXPECT_EQ(rig->Send("pause cd").error, audiocd::kCdAudioUnknownCommand);
-    EXPECT_EQ(rig->sink->Opens(), 0);
+    EXPECT_EQ(Send("play cd from 0").error, audiocd::kCdAudioOutOfRange);  // the pre-gap
+    EXPECT_EQ(Send("play cd from " + Ms(kLeadOut)).error, audiocd::kCdAudioOutOfRange);
+    EXPECT_EQ(Send("play cd from 3000 to 3000").error, audiocd::kCdAudioOutOfRange);
+    EXPECT_EQ(Send("play cd from drei").error, audiocd::kCdAudioBadNumber);
+    EXPECT_EQ(Send("pause cd").error, audiocd::kCdAudioUnknownCommand);
+    EXPECT_EQ(Send("open \"/Meine Musik alias x").error, audiocd::kCdAudioOpenQuote);
+    EXPECT_EQ(Send("play cd from").error, audiocd::kCdAudioMissingValue);
+    EXPECT_EQ(Send("set cd time format tmsf").error, audiocd::kCdAudioBadTimeFormat);
+    EXPECT_EQ(sink->Opens(), 0);
     // Aliases in any case; the device still works.
-    EXPECT_EQ(rig->Result("STATUS Cd number of tracks"), "3");
-    EXPECT_TRUE(rig->Send("close cd").ok());
-    EXPECT_EQ(rig->Send("status cd mode").error, audiocd::kCdAudioNotOpen);
+    EXPECT_EQ(Result("STATUS Cd number of tracks"), "3");
+    EXPECT_TRUE(Send("close cd").ok());
+    EXPECT_EQ(Send("status cd mode").error, audiocd::kCdAudioNotOpen);
 }
 
-TEST(CdAudioErrors, DataTracksAndMissingDiscs) {
-    auto rig = Load(discgen::DataTrackFirst());
-    ASSERT_TRUE(rig);
-    EXPECT_EQ(rig->Send("play cd from 2000").error, audiocd::kCdAudioNotAudio);
-    EXPECT_EQ(rig->sink->Opens(), 0);
+TEST_F(CdAudioTest, DataTracksAndMissingDiscs) {
+    Load(discgen::DataTrackFirst());
+    EXPECT_EQ(Send("play cd from 2000").error, audiocd::kCdAudioNotAudio);
+    EXPECT_EQ(sink->Opens(), 0);
 
-    const auto empty = rig->drive->AddDrive("");
-    ASSERT_TRUE(rig->Send("open " + empty.Value() + ": alias leer").ok());
-    EXPECT_EQ(rig->Send("play leer from 2000").error, audiocd::kCdAudioNotReady);
-    EXPECT_EQ(rig->Send("status leer length").error, audiocd::kCdAudioNotReady);
-    EXPECT_EQ(rig->Result("status leer mode"), "not ready");
-    EXPECT_EQ(rig->Result("status leer media present"), "false");
-    rig->drive->OpenTray(empty.Value());
-    EXPECT_EQ(rig->Result("status leer mode"), "open");
+    const auto empty = drive->AddDrive("");
+    ASSERT_TRUE(Send("open " + empty.Value() + ": alias leer").ok());
+    EXPECT_EQ(Send("play leer from 2000").error, audiocd::kCdAudioNotReady);
+    EXPECT_EQ(Result("status leer mode"), "not ready");
+    EXPECT_EQ(Result("status leer media present"), "false");
+    drive->OpenTray(empty.Value());
+    EXPECT_EQ(Result("status leer mode"), "open");
 }
 
-TEST(CdAudioErrors, NoAudioOutputFailsThePlayAloneWithAClearText) {
-    auto rig = Load(discgen::AudioThreeTracks());
-    ASSERT_TRUE(rig);
-    rig->sink->openError = "(ALSA-Gerät default: No such file or directory)";
-    const auto reply = rig->Send("play cd from 2000");
-    EXPECT_EQ(reply.error, audiocd::kCdAudioNoOutput);
-    EXPECT_EQ(reply.errorText,
-              "Keine Audioausgabe verfügbar. (ALSA-Gerät default: No such file or directory)");
-    EXPECT_EQ(rig->Result("status cd mode"), "stopped");
-    EXPECT_EQ(rig->Result("status cd position"), "2000");
-    EXPECT_EQ(rig->sink->Writes(), 0);
-
-    rig->sink->openError.clear();
-    ASSERT_TRUE(rig->Send("play cd from 2000 to 3000 wait").ok());
-    EXPECT_TRUE(rig->sink->Bytes() == rig->FromFile(0, 75));
-
-    CdAudio silent(*rig->drive, {});
-    ASSERT_TRUE(silent.SendString("open " + rig->handle + " alias s").ok());
-    EXPECT_EQ(silent.SendString("play s from 00:02:00").error, audiocd::kCdAudioNoOutput);
-}
-
-TEST(CdAudioErrors, AFailureWhilePlayingEndsThePlaybackAndIsKept) {
-    auto rig = Load(discgen::AudioThreeTracks());
-    ASSERT_TRUE(rig);
+TEST_F(CdAudioTest, AFailureWhilePlayingEndsThePlaybackAndIsKept) {
     // Blocks of 27 from 300: the one from 381 holds the bad sector.
-    rig->drive->AddReadError(rig->handle, 400, 1);
-    const auto reply = rig->Send("play cd from " + Rig::Ms(kTrack2) + " wait");
+    drive->AddReadError(handle, 400, 1);
+    const auto reply = Send("play cd from " + Ms(kTrack2) + " wait");
     EXPECT_EQ(reply.error, audiocd::kCdAudioReadFailed);
     EXPECT_EQ(reply.errorText,
               "Die Disk konnte beim Abspielen nicht gelesen werden. (Sektoren 381 - 408)");
-    EXPECT_TRUE(rig->sink->Bytes() == rig->FromFile(kTrack2, 381));
-    EXPECT_EQ(rig->cd->PlaybackError("cd"), reply.errorText);
-    EXPECT_EQ(rig->Result("status cd mode"), "stopped");
+    EXPECT_TRUE(sink->Bytes() == FromFile(kTrack2, 381));
+    EXPECT_EQ(cd->PlaybackError("cd"), reply.errorText);
+    EXPECT_EQ(Result("status cd mode"), "stopped");
 
-    rig->drive->ClearFaults(rig->handle);
-    rig->sink->writeError = "(Gerät entfernt)";
-    EXPECT_EQ(rig->Send("play cd from 2000 wait").error, audiocd::kCdAudioNoOutput);
-    EXPECT_EQ(rig->cd->PlaybackError("cd"), "Keine Audioausgabe verfügbar. (Gerät entfernt)");
+    drive->ClearFaults(handle);
+    sink->writeError = "(Gerät entfernt)";
+    EXPECT_EQ(Send("play cd from 2000 wait").error, audiocd::kCdAudioNoOutput);
+    EXPECT_EQ(cd->PlaybackError("cd"), "Keine Audioausgabe verfügbar. (Gerät entfernt)");
 }
 
-TEST(CdAudioDoor, SetDoorMovesTheTrayAndStopsThePlayer) {
-    auto rig = Load(discgen::AudioThreeTracks());
-    ASSERT_TRUE(rig);
-    rig->sink->Hold(0);
-    ASSERT_TRUE(rig->Send("play cd from 2000").ok());
-    ASSERT_TRUE(rig->sink->WaitForCalls(1));
-    ASSERT_TRUE(rig->Send("set cd door open").ok());
-    EXPECT_EQ(rig->sink->Drops(), 1);
-    EXPECT_TRUE(rig->drive->IsTrayOpen(rig->handle));
-    EXPECT_EQ(rig->Result("status cd mode"), "open");
-    EXPECT_EQ(scsi::GetTrayState(*rig->drive, rig->handle), 1);
-
-    ASSERT_TRUE(rig->Send("set cd door closed").ok());
-    EXPECT_FALSE(rig->drive->IsTrayOpen(rig->handle));
-    // The reloaded disc reports its change first; the state is still "closed".
-    std::vector<int> pauses;
-    EXPECT_EQ(scsi::GetTrayState(*rig->drive, rig->handle, [&](int ms) { pauses.push_back(ms); }),
-              0);
-    EXPECT_TRUE(pauses.empty());
-    rig->drive->SetBecomingReady(rig->handle, 1);
-    rig->drive->OpenTray(rig->handle);
-    rig->drive->CloseTray(rig->handle);
-    EXPECT_EQ(scsi::GetTrayState(*rig->drive, rig->handle, [&](int ms) { pauses.push_back(ms); }),
-              0);
-    EXPECT_EQ(pauses, std::vector<int>(1, 1000));
+TEST_F(CdAudioTest, SetDoorMovesTheTrayAndStopsThePlayer) {
+    sink->Hold(0);
+    ASSERT_TRUE(Send("play cd from 2000").ok());
+    ASSERT_TRUE(sink->WaitForCalls(1));
+    ASSERT_TRUE(Send("set cd door open").ok());
+    EXPECT_EQ(sink->Drops(), 1);
+    EXPECT_TRUE(drive->IsTrayOpen(handle));
+    EXPECT_EQ(Result("status cd mode"), "open");
+    EXPECT_EQ(scsi::GetTrayState(*drive, handle), 1);
+    ASSERT_TRUE(Send("set cd door closed").ok());
+    EXPECT_FALSE(drive->IsTrayOpen(handle));
 }
 
-TEST(OpenCloseCD, SendsOpenSetCloseAndNothingAfterAFailedOpen) {
-    std::vector<std::string> sent;
-    bool openWorks = true, setWorks = true;
-    const audiocd::MciExecuteFn execute = [&](const std::string& command) {
-        sent.push_back(command);
-        return command.starts_with("Open")  ? openWorks
-               : command.starts_with("Set") ? setWorks
-                                            : true;
-    };
-    EXPECT_TRUE(audiocd::OpenCloseCD(execute, "/dev/sr0", true));
-    EXPECT_EQ(sent, (std::vector<std::string>{"Open /dev/sr0: Type CDAudio Alias sr0CDDrive",
-                                              "Set sr0CDDrive Door Open", "Close sr0CDDrive"}));
-    sent.clear();
-    EXPECT_TRUE(audiocd::OpenCloseCD(execute, "/dev/sr1:  QEMU    QEMU DVD-ROM    2.5+", false));
-    EXPECT_EQ(sent[0], "Open /dev/sr1: Type CDAudio Alias sr1CDDrive");
-    EXPECT_EQ(sent[1], "Set sr1CDDrive Door Closed");
-
-    sent.clear();
-    openWorks = false;
-    EXPECT_FALSE(audiocd::OpenCloseCD(execute, "/dev/sr0", true));
-    EXPECT_EQ(sent, std::vector<std::string>{"Open /dev/sr0: Type CDAudio Alias sr0CDDrive"});
-
-    sent.clear();
-    openWorks = true;
-    setWorks = false;
-    EXPECT_FALSE(audiocd::OpenCloseCD(execute, "/dev/sr0", true));
-    EXPECT_EQ(sent.back(), "Close sr0CDDrive");  // the alias is free for the next press
-
-    sent.clear();
-    EXPECT_FALSE(audiocd::OpenCloseCD(execute, "  ", true));
-    EXPECT_TRUE(sent.empty());
-    EXPECT_EQ(audiocd::DoorAlias("/home/ich/Meine Musik/album.cue"), "albumcueCDDrive");
-    EXPECT_EQ(audiocd::OpenCloseCD(execute, "/a b/c d.cue", true), false);
-    EXPECT_EQ(sent.front(), "Open \"/a b/c d.cue:\" Type CDAudio Alias cdcueCDDrive");
-}
-
-TEST(OpenCloseCD, MovesTheImageDrivesDoorAndShowsWhyNot) {
-    auto rig = Load(discgen::AudioThreeTracks());
-    ASSERT_TRUE(rig);
+TEST_F(CdAudioTest, MovesTheImageDrivesDoorAndShowsWhyNot) {
     std::vector<std::string> boxes;
-    rig->cd->SetErrorBox([&](const std::string& text) { boxes.push_back(text); });
-    EXPECT_TRUE(audiocd::OpenCloseCD(*rig->cd, rig->handle, true));
-    EXPECT_TRUE(rig->drive->IsTrayOpen(rig->handle));
-    EXPECT_TRUE(audiocd::OpenCloseCD(*rig->cd, rig->handle, false));
-    EXPECT_FALSE(rig->drive->IsTrayOpen(rig->handle));
-    EXPECT_TRUE(boxes.empty());
-
-    EXPECT_FALSE(audiocd::OpenCloseCD(*rig->cd, "/dev/plattmix-sr9", true));
-    EXPECT_EQ(boxes, std::vector<std::string>{"Dieses Laufwerk gibt es nicht. /dev/plattmix-sr9:"});
-    EXPECT_FALSE(rig->drive->IsTrayOpen(rig->handle));
+    cd->SetErrorBox([&](const std::string& text) { boxes.push_back(text); });
+    EXPECT_TRUE(audiocd::OpenCloseCD(*cd, handle, true));
+    EXPECT_TRUE(drive->IsTrayOpen(handle));
+    EXPECT_TRUE(audiocd::OpenCloseCD(*cd, handle, false));
+    EXPECT_FALSE(drive->IsTrayOpen(handle));
+    EXPECT_FALSE(audiocd::OpenCloseCD(*cd, "/dev/plattmix-sr9", true));
+    // A door that does not move still frees its alias, or the next press would fail at "Open".
+    drive->TimeOutNextCommands(handle, 1);
+    EXPECT_FALSE(audiocd::OpenCloseCD(*cd, handle, true));
+    EXPECT_NE(modMMC::TestUnitReady(*drive, handle), 0);  // the time-out's unit attention
+    EXPECT_TRUE(audiocd::OpenCloseCD(*cd, handle, true));
+    EXPECT_EQ(boxes,
+              (std::vector<std::string>{"Dieses Laufwerk gibt es nicht. /dev/plattmix-sr9:",
+                                        "Die Schublade des Laufwerks ließ sich nicht bewegen."}));
 }
 
-// The image drive as the fall-back transport shows a drive: the handle is three address bytes,
-// the name "sg1", the drive-list entry "/dev/sg1:  ...".
-class FallbackLike final : public scsi::ISCSI {
-  public:
-    FallbackLike(scsi::ISCSI& inner, std::string handle)
-        : inner_(inner), handle_(std::move(handle)) {}
-    static inline const std::string kAddress{'\1', '\0', '\0'};
-
-    std::string Interface() const override { return "ASPI"; }
-    uint8_t LastASCQ() const override { return inner_.LastASCQ(); }
-    uint8_t LastASC() const override { return inner_.LastASC(); }
-    uint8_t LastSK() const override { return inner_.LastSK(); }
-    bool Initialized() override { return true; }
-    bool Installed() override { return true; }
-    int16_t DriveCount() const override { return 1; }
-    std::string DriveChar(const std::string& h) override { return h == kAddress ? "sg1" : ""; }
-    std::string DriveHandle(int16_t& i) override { return i == 1 ? kAddress : ""; }
-    uint8_t HostAdapter(const std::string&) override { return 1; }
-    uint8_t TargetId(const std::string&) override { return 0; }
-    uint8_t LUN(const std::string&) override { return 0; }
-    int32_t ExecCMD(std::string& h, std::span<const uint8_t> cdb, uint8_t& cdblen,
-                    int32_t& direction, uint8_t* buffer, int32_t length, int16_t& t) override {
-        std::string inner = h == kAddress ? handle_ : std::string();
-        return inner_.ExecCMD(inner, cdb, cdblen, direction, buffer, length, t);
-    }
-
-  private:
-    scsi::ISCSI& inner_;
-    std::string handle_;
-};
-
-// The eject button and the player as the window drives them, on a fall-back drive named by its
-// drive-list entry.
-TEST(CdAudioFallback, TheEjectButtonAndThePlayerFindTheDriveByItsEntry) {
-    auto rig = Load(discgen::AudioThreeTracks());
-    ASSERT_TRUE(rig);
-    FallbackLike fallback(*rig->drive, rig->handle);
-    CdAudio cd(fallback, test::TestSinks(rig->sink));
-    const std::string entry = "/dev/sg1:  QEMU    QEMU DVD-ROM    2.5+";
-    using audiocd::DoorMove;
-    EXPECT_EQ(audiocd::PressEjectButton(0, cd, entry), DoorMove::Opened);
-    EXPECT_TRUE(rig->drive->IsTrayOpen(rig->handle));
-    EXPECT_EQ(audiocd::PressEjectButton(-1, cd, entry), DoorMove::None);
-    EXPECT_EQ(audiocd::PressEjectButton(1, cd, entry), DoorMove::Closed);
-    EXPECT_FALSE(rig->drive->IsTrayOpen(rig->handle));
-    EXPECT_EQ(audiocd::PressEjectButton(0, cd, "/dev/sg7"), DoorMove::OpenFailed);
-
-    audiocd::CdPlayerButtons player(cd, "plattmixCD");
-    player.PrepareToPlay(entry);
-    EXPECT_TRUE(player.IsOpen());
-    rig->sink->Hold(1);
-    ASSERT_TRUE(player.PlayFrom(kTrack3).ok());
-    ASSERT_TRUE(rig->sink->WaitForCalls(2));  // four sectors taken, the next four waiting
-    player.Stop();
-    rig->sink->Release();
-    EXPECT_TRUE(rig->sink->Bytes() == rig->FromFile(kTrack3, kTrack3 + 4));
-    EXPECT_EQ(audiocd::MciValue(cd.SendString("status plattmixCD position").result),
-              FramesToMilliseconds(kTrack3 + 4 + 150));
-}
-
-TEST(CdAudioPlay, AnEnhancedDiscsAudioEndsBeforeTheSessionGap) {
-    const auto spec = discgen::Enhanced();
-    auto rig = Load(spec);
-    ASSERT_TRUE(rig);
-    const auto& track2 = rig->disc.tracks[1];
-    EXPECT_EQ(rig->Result("status cd length track 2"),
+TEST_F(CdAudioTest, AnEnhancedDiscsAudioEndsBeforeTheSessionGap) {
+    Load(discgen::Enhanced());
+    const auto& track2 = disc.tracks[1];
+    EXPECT_EQ(Result("status cd length track 2"),
               std::to_string(FramesToMilliseconds(track2.lengthSectors)));
-    ASSERT_TRUE(rig->Send("play cd from " + Rig::Ms(track2.startLba) + " wait").ok());
-    EXPECT_TRUE(rig->sink->Bytes() ==
-                rig->FromFile(track2.startLba, track2.startLba + track2.lengthSectors));
-    EXPECT_EQ(rig->Send("play cd from " + Rig::Ms(rig->disc.tracks[2].startLba)).error,
-              audiocd::kCdAudioNotAudio);
+    ASSERT_TRUE(Send("play cd from " + Ms(track2.startLba) + " wait").ok());
+    EXPECT_TRUE(sink->Bytes() == FromFile(track2.startLba, track2.startLba + track2.lengthSectors));
+    EXPECT_EQ(Send("play cd from " + Ms(disc.tracks[2].startLba)).error, audiocd::kCdAudioNotAudio);
 }
 
-TEST(CdAudioSharedTransport, TheWindowReadsTheDiscWhileTheWorkerPlays) {
-    auto rig = Load(discgen::AudioThreeTracks(), true);
-    ASSERT_TRUE(rig);
-    auto& shared = static_cast<audiocd::CdAudioSharedTransport&>(*rig->shared);
-    ASSERT_TRUE(rig->Send("play cd from 2000").ok());
-    int reads = 0;
-    while (rig->Result("status cd mode") == "playing") {
-        EXPECT_EQ(audiocd::ReadTrackList(shared, rig->handle).rows.size(), 3u);
-        ++reads;
-    }
-    EXPECT_TRUE(rig->sink->Bytes() == rig->FromFile(0, kLeadOut));
-    EXPECT_TRUE(rig->cd->PlaybackError("cd").empty()) << reads;
+TEST_F(CdAudioTest, TheWindowReadsTheDiscWhileTheWorkerPlays) {
+    Load(discgen::AudioThreeTracks(), true);
+    auto& sharedTransport = static_cast<audiocd::CdAudioSharedTransport&>(*shared);
+    ASSERT_TRUE(Send("play cd from 2000").ok());
+    while (Result("status cd mode") == "playing")
+        EXPECT_EQ(audiocd::ReadTrackList(sharedTransport, handle).rows.size(), 3u);
+    EXPECT_TRUE(sink->Bytes() == FromFile(0, kLeadOut));
+    EXPECT_TRUE(cd->PlaybackError("cd").empty());
 
     // Each thread reads back the sense of its own last command.
-    const auto empty = rig->drive->AddDrive("");
+    const auto empty = drive->AddDrive("");
     std::string emptyHandle = empty.Value();
-    EXPECT_NE(modMMC::TestUnitReady(shared, emptyHandle), 0);
+    EXPECT_NE(modMMC::TestUnitReady(sharedTransport, emptyHandle), 0);
     std::thread other([&] {
-        std::string handle = rig->handle;
-        EXPECT_EQ(modMMC::TestUnitReady(shared, handle), 0);
-        EXPECT_EQ(shared.LastASC(), 0);
+        std::string mine = handle;
+        EXPECT_EQ(modMMC::TestUnitReady(sharedTransport, mine), 0);
+        EXPECT_EQ(sharedTransport.LastASC(), 0);
     });
     other.join();
-    EXPECT_EQ(shared.LastASC(), 0x3A);
-    EXPECT_EQ(shared.LastASCQ(), 0x01);
+    EXPECT_EQ(sharedTransport.LastASC(), 0x3A);
+    EXPECT_EQ(sharedTransport.LastASCQ(), 0x01);
+}
+
+// The real ALSA output: its "null" device takes a second of track 2 without sound hardware. A
+// device that does not exist, or none at all, fails that play alone, with ALSA's reason.
+TEST_F(CdAudioTest, PlaysIntoTheNullDeviceAndNamesAMissingOne) {
+    CdAudio alsa(*drive, audiocd::AlsaSinkFactory("null"));
+    ASSERT_TRUE(alsa.SendString("open " + audiocd::MciQuote(handle) + " alias a").ok());
+    ASSERT_TRUE(alsa.SendString("play a from 00:06:00 to 00:07:00 wait").ok());
+    EXPECT_EQ(alsa.SendString("status a position").result, "00:07:00");
+    EXPECT_EQ(alsa.PlaybackError("a"), "");
+
+    CdAudio missing(*drive, audiocd::AlsaSinkFactory("plattmix-fehlt"));
+    ASSERT_TRUE(missing.SendString("open " + audiocd::MciQuote(handle) + " alias m").ok());
+    const auto reply = missing.SendString("play m from 00:06:00");
+    EXPECT_EQ(reply.error, audiocd::kCdAudioNoOutput);
+    EXPECT_TRUE(
+        reply.errorText.starts_with("Keine Audioausgabe verfügbar. (ALSA-Gerät plattmix-fehlt: "))
+        << reply.errorText;
+    EXPECT_EQ(missing.SendString("status m mode").result, "stopped");
+    EXPECT_EQ(missing.SendString("status m position").result, "00:02:00");
+    CdAudio silent(*drive, {});
+    ASSERT_TRUE(silent.SendString("open " + audiocd::MciQuote(handle) + " alias s").ok());
+    EXPECT_EQ(silent.SendString("play s from 00:02:00").error, audiocd::kCdAudioNoOutput);
+}
+
+// Positions the device's own tests do not send: frames rounded, fields out of range.
+TEST(Positions, MillisecondsAndMinutesSecondsFrames) {
+    EXPECT_EQ(FramesToMilliseconds(1), 14);  // 13.3 ms, rounded up
+    EXPECT_EQ(ParsePosition("999", MciTimeFormat::Milliseconds), 74);
+    EXPECT_EQ(ParsePosition("2", MciTimeFormat::Msf), 4500 * 2);
+    for (const char* bad : {"", ":", "1:60", "1:2:75", "1:2:3:4", "-1", "a", "1.5"})
+        EXPECT_FALSE(ParsePosition(bad, MciTimeFormat::Msf)) << bad;
+    for (const char* bad : {"", "-5", "+5", "5s", "99999999999999999999"})
+        EXPECT_FALSE(ParsePosition(bad, MciTimeFormat::Milliseconds)) << bad;
+    EXPECT_EQ(audiocd::MciValue("  -12 Sekunden"), -12);  // the number a reply starts with
+    EXPECT_EQ(audiocd::MciValue("playing"), 0);
 }

@@ -4,77 +4,49 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <string>
-#include <thread>
-#include <utility>
 #include <vector>
 
 #include "ConvertAudioStream.h"
-#include "DiscWriter.h"
 #include "Fixtures.h"
 #include "OutputFormats.h"
 #include "RipEncoder.h"
-#include "RipJob.h"
 #include "RipTrack.h"
 #include "SecureRipJob.h"
-#include "WavHeader.h"
-#include "common/ScratchFolder.h"
+#include "audiocd/RipRig.h"
 #include "common/SmallDisk.h"
-#include "imagedrive/clsImageDrive.h"
-#include "modMMC.h"
 
 using namespace plattmix;
 namespace fs = std::filesystem;
 
 namespace {
 
-using RowEvent = std::pair<size_t, std::string>;
+using RowEvent = test::RipRig::RowEvent;
 constexpr int kMp2 = 2;
 
-std::vector<char> Bytes(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+// The image converted as the format at formatIndex, with the track's number: the bytes of the
+// file it makes.
+std::vector<uint8_t> Converted(const std::vector<uint8_t>& image, const fs::path& base,
+                               int formatIndex, int number, int trackCount) {
+    encode::AudioTags tags;
+    tags.track = number;
+    tags.trackCount = trackCount;
+    if (!encode::ConvertAudioStream(image, "audio/wav", base.string(), formatIndex, tags, {}))
+        return {};
+    return test::FileBytes(base.string() + std::string(encode::FormatAt(formatIndex).extension));
 }
 
-// A disc in the image drive, every row checked, the job's row texts and warnings as they came,
-// each noted with the thread that reported it.
-struct StreamRig {
-    fs::path folder;
-    int trackCount = 0;
-    scsi::imagedrive::clsImageDrive drive;
-    audiocd::RipJobParams params;
-    std::vector<RowEvent> events;
-    std::vector<std::string> warnings;
-    bool otherThread = false;
-    audiocd::JobHooks hooks;
-    audiocd::EncodeFn encode;  // the real encoder unless a test sets one
+// A rip job to a compressed format, with the real encoder unless a test sets one.
+struct StreamRig : test::RipRig {
+    audiocd::EncodeFn encode;
 
-    void Load(const discgen::DiscSpec& spec, int formatIndex, const std::string& name) {
-        folder = test::FreshFolder("ripstream", name);
-        const auto written = discgen::WriteDisc(spec, folder / "disc");
-        ASSERT_TRUE(written.ok()) << written.error;
-        const auto handle = drive.AddDrive(written.value->cuePath.string());
-        ASSERT_TRUE(handle.ok()) << handle.Error();
-        trackCount = static_cast<int>(spec.tracks.size());
-        fs::create_directories(folder / "job");
-        params.handle = handle.Value();
-        params.targetFolder = (folder / "job").string() + "/";
-        params.namePrefix = "Track";
+    StreamRig(const discgen::DiscSpec& spec, int formatIndex, const std::string& sub = "rig")
+        : RipRig(spec, sub) {
         params.formatIndex = formatIndex;
-        for (int number = 1; number <= trackCount; ++number)
-            params.rows.push_back({number, true});
-        hooks.warn = [this](const std::string& text) { warnings.push_back(text); };
     }
     audiocd::RipJobResult Run() {
-        const auto caller = std::this_thread::get_id();
-        const auto rowText = [this, caller](size_t row, const std::string& text) {
-            otherThread = otherThread || std::this_thread::get_id() != caller;
-            events.emplace_back(row, text);
-        };
-        return audiocd::RunRipJob(drive, params, hooks, rowText,
+        return audiocd::RunRipJob(drive, params, hooks, RowText(),
                                   encode ? encode : encode::MakeRipEncoder(params, std::nullopt));
     }
     // The results in the order they came, without the "Schreibe...".
@@ -84,30 +56,13 @@ struct StreamRig {
                      [](const RowEvent& e) { return e.second != audiocd::kTextWriting; });
         return results;
     }
-    std::vector<std::string> Files() const {
-        std::vector<std::string> names;
-        for (const auto& entry : fs::directory_iterator(folder / "job"))
-            names.push_back(entry.path().filename().string());
-        std::sort(names.begin(), names.end());
-        return names;
-    }
     // The track read whole into memory and converted: what the job's file must hold.
-    std::vector<char> Reference(int number) {
+    std::vector<uint8_t> Reference(int number) {
         const auto image =
             audiocd::RipTrackToMemory(drive, params.handle, static_cast<int16_t>(number), {});
-        if (!image)
-            return {};
-        encode::AudioTags tags;
-        tags.track = number;
-        tags.trackCount = trackCount;
-        const fs::path base = folder / ("Reference" + std::to_string(number));
-        if (!encode::ConvertAudioStream(*image, "audio/wav", base.string(), params.formatIndex,
-                                        tags, {}))
-            return {};
-        return Bytes(base.string() + std::string(encode::FormatAt(params.formatIndex).extension));
-    }
-    std::vector<char> Written(const std::string& name) const {
-        return Bytes(folder / "job" / name);
+        return image ? Converted(*image, folder / ("Reference" + std::to_string(number)),
+                                 params.formatIndex, number, static_cast<int>(params.rows.size()))
+                     : std::vector<uint8_t>{};
     }
 };
 
@@ -119,31 +74,28 @@ discgen::DiscSpec ThreeLongTracks() {
     return spec;
 }
 
-class RipStream : public ::testing::TestWithParam<int> {};
-
 }  // namespace
 
-TEST_P(RipStream, FilesEqualThoseOfTheWholeImage) {
-    StreamRig rig;
+TEST(RipStream, FilesInEveryFormatEqualThoseOfTheWholeImage) {
     discgen::DiscSpec spec = discgen::AudioThreeTracks();
     spec.tracks.push_back(discgen::ExactBlockMultiple().tracks.front());
-    rig.Load(spec, GetParam(), std::to_string(GetParam()));
-    ASSERT_FALSE(rig.Run().aborted);
-    EXPECT_FALSE(rig.otherThread);
-    const std::string extension(encode::FormatAt(GetParam()).extension);
-    for (int number = 1; number <= rig.trackCount; ++number) {
-        SCOPED_TRACE(number);
-        const auto expected = rig.Reference(number);
-        ASSERT_FALSE(expected.empty());
-        EXPECT_TRUE(rig.Written("Track" + audiocd::NumberText(number) + extension) == expected);
+    for (int format = 0; format <= 5; ++format) {
+        SCOPED_TRACE(format);
+        StreamRig rig(spec, format, std::to_string(format));
+        ASSERT_FALSE(rig.Run().aborted);
+        EXPECT_FALSE(rig.otherThread);
+        const std::string extension(encode::FormatAt(format).extension);
+        for (int number = 1; number <= static_cast<int>(spec.tracks.size()); ++number) {
+            const auto expected = rig.Reference(number);
+            ASSERT_FALSE(expected.empty());
+            EXPECT_TRUE(rig.Written("Track" + audiocd::NumberText(number) + extension) == expected)
+                << number;
+        }
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(EveryFormat, RipStream, ::testing::Values(0, 1, 2, 3, 4, 5));
-
 TEST(RipStreamJob, ReadErrorDropsOnlyThatTracksFileAndResultsComeInTrackOrder) {
-    StreamRig rig;
-    rig.Load(ThreeLongTracks(), kMp2, "readerror");
+    StreamRig rig(ThreeLongTracks(), kMp2);
     rig.drive.AddReadError(rig.params.handle, 4500, 1);  // inside the second track
     EXPECT_FALSE(rig.Run().aborted);
     EXPECT_FALSE(rig.otherThread);
@@ -158,8 +110,7 @@ TEST(RipStreamJob, ReadErrorDropsOnlyThatTracksFileAndResultsComeInTrackOrder) {
 // A disk that fills up while the first track is encoded: that row fails and its partial file
 // is removed; the job goes on with the next track (whose file fails the same way).
 TEST(RipStreamJob, FullDiskFailsTheRowAndLeavesNoPartialFile) {
-    StreamRig rig;
-    rig.Load(ThreeLongTracks(), kMp2, "fulldisk");
+    StreamRig rig(ThreeLongTracks(), kMp2);
     rig.params.rows.resize(2);
     EXPECT_TRUE(test::WithFileSizeLimit(64 * 1024, [&rig] {
         const bool ended = !rig.Run().aborted;
@@ -195,8 +146,7 @@ struct FirstTrackWatch final : audiocd::TrackEncode {
 // The drive reads faster than the encoder, so tracks are read side by side: the stop, once the
 // first track is read, lets every track already read finish and drops those being read.
 TEST(RipStreamJob, StopAfterATrackWasReadLetsItsEncoderFinish) {
-    StreamRig rig;
-    rig.Load(ThreeLongTracks(), kMp2, "stop");
+    StreamRig rig(ThreeLongTracks(), kMp2);
     bool firstRead = false;
     bool stop = false;
     rig.hooks.yield = [&] { stop = stop || firstRead; };
@@ -231,34 +181,16 @@ TEST(RipStreamJob, StopAfterATrackWasReadLetsItsEncoderFinish) {
 // The secure mode encodes a track only once it is read and proven, from a hidden WAV file beside
 // its own that is gone afterwards; the file is that of the whole track, every sector.
 TEST(SecureRipEncode, EncodesTheProvenTrackAndLeavesNoSpool) {
-    StreamRig rig;
-    rig.Load(discgen::AudioThreeTracks(), kMp2, "secure");
+    StreamRig rig(discgen::AudioThreeTracks(), kMp2);
     audiocd::SecureRipParams params;
     params.rip = rig.params;
     params.extension = ".mp2";
-    std::vector<RowEvent> rows;
-    const auto result = audiocd::RunSecureRipJob(
-        rig.drive, params, {},
-        [&rows](size_t row, const std::string& text) { rows.emplace_back(row, text); },
-        encode::MakeRipEncoder(params.rip, std::nullopt));
+    const auto result = audiocd::RunSecureRipJob(rig.drive, params, {}, rig.RowText(),
+                                                 encode::MakeRipEncoder(params.rip, std::nullopt));
     EXPECT_TRUE(result.allProven);  // no record asked for: two passes that agree
-    EXPECT_EQ(rows.back(), (RowEvent{2, "Track03.mp2 -->Fertig (AccurateRip: unbekannt)"}));
+    EXPECT_EQ(rig.events.back(), (RowEvent{2, "Track03.mp2 -->Fertig (AccurateRip: unbekannt)"}));
     EXPECT_EQ(rig.Files(), (std::vector<std::string>{"Rip.cue", "Rip.log", "Track01.mp2",
                                                      "Track02.mp2", "Track03.mp2"}));
-
-    // Track 2 as a plain drive reads all its sectors, behind the standard header, converted.
-    std::vector<uint8_t> audio(3 * 75 * 2352);
-    std::string handle = rig.params.handle;
-    ASSERT_EQ(modMMC::ReadCD(rig.drive, handle, 4 * 75, 3 * 75, audio, 0xF8), 0);
-    const auto header = audiocd::StandardWavHeader(static_cast<int64_t>(audio.size()));
-    std::vector<uint8_t> image(header->size() + audio.size());
-    std::copy(header->begin(), header->end(), image.begin());
-    std::copy(audio.begin(), audio.end(),
-              image.begin() + static_cast<std::ptrdiff_t>(header->size()));
-    encode::AudioTags tags;
-    tags.track = 2;
-    tags.trackCount = 3;
-    const fs::path base = rig.folder / "Whole2";
-    ASSERT_TRUE(encode::ConvertAudioStream(image, "audio/wav", base.string(), kMp2, tags, {}));
-    EXPECT_TRUE(rig.Written("Track02.mp2") == Bytes(base.string() + ".mp2"));
+    EXPECT_TRUE(rig.Written("Track02.mp2") ==
+                Converted(test::WholeTrackWav(rig.disc, 2), rig.folder / "Whole2", kMp2, 2, 3));
 }
