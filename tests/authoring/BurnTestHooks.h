@@ -18,7 +18,6 @@ struct Seen {
     std::vector<std::string> questions;
     std::vector<std::pair<std::string, MessageIcon>> messages;
     std::vector<bool> busy;
-    int yields = 0;
 
     bool Showed(const std::string& text) const {
         for (const auto& [message, icon] : messages) {
@@ -34,7 +33,6 @@ inline BurnHooks RecordingHooks(Seen& seen, bool answer = true,
                                 std::function<bool()> escape = nullptr) {
     BurnHooks hooks;
     hooks.scan.escapePressed = std::move(escape);
-    hooks.scan.yield = [&seen] { ++seen.yields; };
     hooks.status = [&seen](const std::string& text) { seen.statuses.push_back(text); };
     hooks.progress = [&seen](int value) { seen.bars.push_back(value); };
     hooks.askYesNo = [&seen, answer](const std::string& text) {

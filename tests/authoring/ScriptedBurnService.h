@@ -28,7 +28,6 @@ struct Script {
 };
 
 struct Calls {
-    int writes = 0;
     std::optional<bool> closeDisc;
     bool cancelled = false;
     bool blanked = false;
@@ -86,7 +85,6 @@ class ScriptedRecorder final : public IRecorder {
 
   private:
     WriteError Start(bool closeDisc) {
-        ++calls_.writes;
         calls_.closeDisc = closeDisc;
         return script_.startError;
     }

@@ -30,6 +30,10 @@ inline CliRun RunCli(const std::vector<std::string>& words, bool terminal = fals
     return {code, out.str(), err.str()};
 }
 
+inline bool Has(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
 // The same with the command word in front.
 inline CliRun RunCommandWords(const std::string& command, std::vector<std::string> words,
                               bool terminal = false) {

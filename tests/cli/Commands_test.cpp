@@ -78,27 +78,20 @@ TEST(Cli, ImagesOfferedToTheWindowAreKeptInTheSettings) {
 // A settings file the program cannot make sense of is never rewritten by a command that only
 // reads it (nor by a removal that finds nothing to remove).
 TEST(Cli, DamagedSettingsAreLeftAsTheyAre) {
-    using namespace std::string_literals;
     namespace fs = std::filesystem;
     const auto folder = plattmix::test::ScratchFolder();
     const plattmix::clitest::ScopedEnv appData("APPDATA", (folder / "appdata").string());
     const auto settings = folder / "appdata" / "Trovalis" / "Diskolo.ini";
     fs::create_directories(settings.parent_path());
-    const std::string junk = test::JunkBytes(64 * 1024);
-    const std::string damaged[] = {
-        junk,
-        "\xFF\xFE[\0A\0b\0b\0i\0l\0d\0e\0r\0\r\0\n\0/\0x\0"s + "\x41",  // odd length, no "]"
-        "[Abbilder\n/a.cue\n" + std::string(1 << 20, 'x') + "\n",       // a megabyte line
-    };
-    for (const std::string& bytes : damaged) {
-        std::ofstream(settings, std::ios::binary | std::ios::trunc) << bytes;
-        for (const std::vector<std::string>& words : {std::vector<std::string>{"image", "list"},
-                                                      {"image", "remove", "/nicht/da.cue"},
-                                                      {"drives"}}) {
-            SCOPED_TRACE(words[0] + " " + words[1 % words.size()]);
-            RunCli(words);
-            std::ifstream in(settings, std::ios::binary);
-            EXPECT_TRUE(std::string(std::istreambuf_iterator<char>(in), {}) == bytes);
-        }
+    // Kinds of damage the settings reader meets are its own tests; here one kind is enough.
+    const std::string bytes = test::JunkBytes(64 * 1024);
+    std::ofstream(settings, std::ios::binary) << bytes;
+    for (const std::vector<std::string>& words : {std::vector<std::string>{"image", "list"},
+                                                  {"image", "remove", "/nicht/da.cue"},
+                                                  {"drives"}}) {
+        SCOPED_TRACE(words[0] + " " + words[1 % words.size()]);
+        RunCli(words);
+        std::ifstream in(settings, std::ios::binary);
+        EXPECT_TRUE(std::string(std::istreambuf_iterator<char>(in), {}) == bytes);
     }
 }

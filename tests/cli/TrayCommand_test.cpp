@@ -1,5 +1,5 @@
-// plattmix-cli tray and play over generated discs and nodes that are no drives: the state
-// printed, the door's messages, the bytes played, and a machine without an audio device.
+// plattmix-cli tray and play over generated discs and nodes that are no drives: the door's
+// messages, the bytes played, and a machine without an audio device.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -7,7 +7,6 @@
 #include <iterator>
 #include <sstream>
 
-#include "AlsaSink.h"
 #include "CliRun.h"
 #include "Commands.h"
 #include "DiscWriter.h"
@@ -58,28 +57,15 @@ Bytes Sectors(const Bytes& audio, int32_t from, int32_t to) {
 
 }  // namespace
 
-TEST(CliTray, StateAndDoorOrWhyNot) {
-    const Disc disc = Write(discgen::AudioThreeTracks());
-    const CliRun closed = Tray({"--drive", disc.cue});
-    EXPECT_EQ(closed.code, kExitDone) << closed.err;
-    EXPECT_EQ(closed.out, "0\n");
-    EXPECT_EQ(Tray({"--drive", disc.cue, "open"}).code, kExitDone);
-    EXPECT_EQ(Tray({"--drive", disc.cue, "close"}).code, kExitDone);
-
-    const CliRun none = Tray({"--drive", "/dev/plattmix-sr9"});
-    EXPECT_EQ(none.code, kExitFailed);
-    EXPECT_EQ(none.out, "-1\n");
-    const CliRun open = Tray({"--drive", "/dev/plattmix-sr9", "open"});
-    EXPECT_EQ(open.code, kExitFailed);
-    EXPECT_EQ(open.err,
-              "Kein optisches Laufwerk: /dev/plattmix-sr9\n"
-              "Konnte Laufwerk nicht öffnen! Bitte manuell versuchen!\n");
+// The state and the door on real drives, and the text of a door that cannot open, are the drive
+// test bed's; here the words and the text of a door that cannot close.
+TEST(CliTray, UsageAndADoorThatCannotClose) {
     const CliRun close = Tray({"--drive", "/dev/plattmix-sr9", "close"});
+    EXPECT_EQ(close.code, kExitFailed);
     EXPECT_NE(close.err.find("Konnte Laufwerk nicht schließen! Bitte manuell versuchen!"),
               std::string::npos);
-
     for (const std::vector<std::string>& words : std::vector<std::vector<std::string>>{
-             {}, {"--drive", disc.cue, "auf"}, {"--drive", disc.cue, "open", "close"}})
+             {}, {"--drive", "x.cue", "auf"}, {"--drive", "x.cue", "open", "close"}})
         EXPECT_EQ(Tray(words).code, kExitUsage) << words.size();
 }
 
@@ -129,14 +115,4 @@ TEST(CliPlay, WithoutAnAudioDeviceItFailsWithAClearText) {
     EXPECT_TRUE(desktop.err.starts_with("Keine Audioausgabe verfügbar. (ALSA-Gerät default: "))
         << desktop.err;
     EXPECT_EQ(Tray({"--drive", disc.cue}).out, "0\n");
-}
-
-TEST(AlsaSink, AnUnknownDeviceFailsCleanly) {
-    const auto sink = audiocd::CreateAlsaSink("plattmix_keine_ausgabe");
-    const std::string why = sink->Open();
-    EXPECT_TRUE(why.starts_with("(ALSA-Gerät plattmix_keine_ausgabe: ")) << why;
-    const Bytes frames(2352, 0);
-    EXPECT_FALSE(sink->Write(frames, {}).empty());
-    sink->Drain();
-    sink->Drop();
 }
