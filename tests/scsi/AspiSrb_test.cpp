@@ -33,44 +33,6 @@ TEST(AspiSrb, ExecuteBlockLayout) {
         0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,  // sense area
         0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00};
     EXPECT_EQ(Bytes(srb), expected);
-
-    // Data to the device, no buffer.
-    const std::array<uint8_t, 6> startStop{0x1B, 0, 0, 0, 0x02, 0};
-    BuildExecSrb(srb, {{3, 7, 5}, false, 0, 0, 9, startStop, 6});
-    EXPECT_EQ(Bytes(std::span(srb).first(24)),
-              (std::vector<uint8_t>{0x02, 0, 0x03, 0x10, 0, 0, 0, 0, 0x07, 0x05, 0, 0,
-                                    0,    0, 0,    0,    0, 0, 0, 0, 0x0E, 0x06, 0, 0}));
-    EXPECT_EQ(Bytes(std::span(srb).subspan(48, 8)),
-              (std::vector<uint8_t>{0x1B, 0, 0, 0, 0x02, 0, 0, 0}));
-
-    const ExecFields fields = ReadExecSrb(srb);
-    EXPECT_EQ(fields.address, (SrbAddress{3, 7, 5}));
-    EXPECT_EQ(fields.event, 9);
-}
-
-TEST(AspiSrb, TimeOutDeviceTypeAndDiskInfoBlocks) {
-    std::array<uint8_t, kTimeoutSrbSize> timeOut;
-    timeOut.fill(0xCC);
-    BuildTimeoutSrb(timeOut, {1, 2, 0}, AspiTimeOut(0));
-    EXPECT_EQ(Bytes(timeOut), (std::vector<uint8_t>{0x08, 0x00, 0x01, 0x10, 0, 0, 0, 0, 0x02, 0x00,
-                                                    0xE0, 0xA5, 0x01, 0x00}));  // 108000
-    BuildTimeoutSrb(timeOut, {0, 1, 0}, AspiTimeOut(5));
-    EXPECT_EQ(Bytes(std::span(timeOut).subspan(8)),
-              (std::vector<uint8_t>{0x01, 0x00, 0x0A, 0x00, 0x00, 0x00}));
-
-    std::array<uint8_t, kDeviceTypeSrbSize> type;
-    type.fill(0xCC);
-    BuildDeviceTypeSrb(type, {2, 6, 7});
-    EXPECT_EQ(Bytes(type),
-              (std::vector<uint8_t>{0x01, 0x00, 0x02, 0x00, 0, 0, 0, 0, 0x06, 0x07, 0x00, 0x00}));
-
-    std::array<uint8_t, kDiskInfoSrbSize> disk;
-    disk.fill(0xCC);
-    BuildDiskInfoSrb(disk, {0, 1, 0});
-    std::vector<uint8_t> expected(kDiskInfoSrbSize, 0);
-    expected[0] = 0x06;
-    expected[8] = 0x01;
-    EXPECT_EQ(Bytes(disk), expected);
 }
 
 TEST(AspiSrb, TimeOutsAreHalfSecondsAndStatusRules) {

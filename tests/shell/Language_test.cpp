@@ -84,13 +84,6 @@ TEST_F(LanguageTest, DamagedFilesGiveTheGermanTextWhereNothingCanBeRead) {
     }
 }
 
-TEST_F(LanguageTest, LanguageNameFromTheSuiteOptions) {
-    const auto options = folder_ / "Opt.ini";
-    EXPECT_EQ(ReadLanguageName(options.string()), "");
-    WriteBytes(options, test::kUtf16Mark + Utf16Le(u"[pfad1]\r\nlanguages = English \r\n"));
-    EXPECT_EQ(ReadLanguageName(options.string()), "English");
-}
-
 TEST_F(LanguageTest, CreateWritesExactlyTheMarkAndTruncates) {
     const auto path = (folder_ / "new.txt").string();
     WriteBytes(path, "old content");

@@ -46,7 +46,6 @@ TEST_F(ProfileTest, ReadsFindNamesLikeWindowsAndCutToTheBuffer) {
         size_t buffer;
         std::string expected;
     } cases[] = {
-        {"DISKOLO", "unload", "", 1024, "1"},
         {"  diskolo ", " UNLOAD  ", "", 1024, "1"},
         {"Diskolo", "Text1", "", 1024, "  Track  "},
         {"Diskolo", "single", "", 1024, "x y"},
