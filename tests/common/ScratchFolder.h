@@ -6,6 +6,8 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 
 namespace plattmix::test {
@@ -28,6 +30,12 @@ inline std::filesystem::path FreshFolder(const std::string& area, const std::str
 inline std::filesystem::path ScratchFolder(const std::string& area = "scratch") {
     const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
     return FreshFolder(area, std::string(info->test_suite_name()) + "." + info->name());
+}
+
+// The bytes of a file; empty when it cannot be read.
+inline std::string WholeFile(const std::filesystem::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
 }
 
 }  // namespace plattmix::test

@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <fstream>
 #include <functional>
-#include <iterator>
 
 #include "common/ScratchFolder.h"
 #include "imagedrive/ImageLoader.h"
@@ -16,6 +15,7 @@ namespace plattmix::discgen {
 namespace {
 
 using plattmix::test::ScratchFolder;
+using plattmix::test::WholeFile;
 namespace fs = std::filesystem;
 
 fs::path Ensured(const fs::path& folder) {
@@ -36,18 +36,13 @@ void ExpectIntactDemo(const fs::path& cue) {
     EXPECT_EQ(disc.Value().LeadOut(), 15 * 75);
 }
 
-std::string FileBytes(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
-
 TEST(DemoDisc, IsBuiltWhenMissingLeftAloneWhenIntactAndRebuiltWhenDamaged) {
     const auto folder = ScratchFolder() / "demo";
     const auto bin = folder / "PlattmixDemo.bin";
     const auto cue = folder / "PlattmixDemo.cue";
     EXPECT_EQ(Ensured(folder), cue);
     ExpectIntactDemo(cue);
-    const std::string original = FileBytes(bin);
+    const std::string original = WholeFile(bin);
     const auto backdated = fs::last_write_time(bin) - std::chrono::hours(1);
     fs::last_write_time(bin, backdated);
     Ensured(folder);
@@ -68,7 +63,7 @@ TEST(DemoDisc, IsBuiltWhenMissingLeftAloneWhenIntactAndRebuiltWhenDamaged) {
         SCOPED_TRACE(i);
         damages[i]();
         EXPECT_EQ(Ensured(folder), cue);
-        EXPECT_TRUE(FileBytes(bin) == original);
+        EXPECT_TRUE(WholeFile(bin) == original);
         ExpectIntactDemo(cue);
     }
     // No scratch folders are left next to the disc.

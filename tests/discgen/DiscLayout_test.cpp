@@ -62,11 +62,10 @@ TEST(DiscLayout, RefusesRecipesNoSheetCanExpress) {
     EXPECT_FALSE(LayOut(Large(101)).ok());  // positions in the file would pass 99:59:74
 }
 
-TEST(DiscLayout, FixturesAreValidFoundByNameAndLargeSplitsIntoFourMinuteTracks) {
-    for (const Fixture f : AllFixtures()) {
-        EXPECT_EQ(ValidateSpec(FixtureSpec(f, 1)), "") << FixtureName(f);
+// Every fixture is written and read back in ImageDrive_test.
+TEST(DiscLayout, FixturesAreFoundByNameAndLargeSplitsIntoFourMinuteTracks) {
+    for (const Fixture f : AllFixtures())
         EXPECT_EQ(FixtureByName(FixtureName(f)), f);
-    }
     EXPECT_FALSE(FixtureByName("audiothreetracks").has_value());
     const DiscSpec large = Large(10);
     ASSERT_EQ(large.tracks.size(), 3u);

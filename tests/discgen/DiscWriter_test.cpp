@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <iterator>
 
 #include "Fixtures.h"
 #include "common/ScratchFolder.h"
@@ -14,11 +13,7 @@ namespace plattmix::discgen {
 namespace {
 
 using plattmix::test::ScratchFolder;
-
-std::string FileBytes(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
+using plattmix::test::WholeFile;
 
 DiscDescription Written(const DiscSpec& spec, const std::filesystem::path& folder) {
     Result<DiscDescription> disc = WriteDisc(spec, folder);
@@ -53,7 +48,7 @@ TEST(DiscWriter, DataSectorsNameTheirOwnDiscAddress) {
     for (const DiscSpec& spec : {DataTrackFirst(), Enhanced()}) {
         SCOPED_TRACE(spec.name);
         const DiscDescription d = Written(spec, root / spec.name);
-        const std::string data = FileBytes(root / spec.name / (spec.name + "-data.bin"));
+        const std::string data = WholeFile(root / spec.name / (spec.name + "-data.bin"));
         for (const TrackInfo& t : d.tracks) {
             if (t.mode != TrackMode::Mode1)
                 continue;
@@ -71,7 +66,7 @@ TEST(DiscWriter, DataSectorsNameTheirOwnDiscAddress) {
 
 TEST(DiscWriter, AudioIsLoudStereoDifferentPerTrackAndDiscAndGapsAreQuietHiss) {
     const auto root = ScratchFolder();
-    const std::string bin = FileBytes(Written(Pregap(), root).files[0].path);
+    const std::string bin = WholeFile(Written(Pregap(), root).files[0].path);
     // Track 1 sectors 0..299, INDEX 00 of track 2 sectors 300..449, track 2 from 450.
     int leftRightDiffer = 0;
     int loudest = 0;

@@ -43,7 +43,7 @@ constexpr size_t kReplyBytes = 4 + kPacks * 18;
 using CdTextDriveTest = DriveTest;
 
 TEST_F(CdTextDriveTest, PacksByteForByteWithTheirCrcs) {
-    const std::string handle = Add(WriteTextDisc(Scratch()));
+    handle = Add(WriteTextDisc(Scratch()));
     const Outcome out = Send(drive, handle, TocCdb(false, 5, 0, 2000), 2000);
     ASSERT_EQ(out.status, 0);
     EXPECT_EQ(Slice(out.data, 0, 4), (Bytes{0x00, 2 + kPacks * 18, 0x00, 0x00}));

@@ -19,9 +19,6 @@ constexpr size_t kSector = 2352;
 class DriveQuirksTest : public DriveTest {
   protected:
     void SetUp() override { cue = WriteSmallDisc(Scratch()); }
-    Outcome ReadCd(uint32_t lba, uint32_t blocks, uint8_t flags, size_t perSector = kSector) {
-        return Send(drive, handle, ReadCdCdb(lba, blocks, flags), blocks * perSector);
-    }
     // The audio of the small disc's first 40 sectors as one run of bytes.
     static Bytes DiscAudio() { return Stamped(kAudioSectors, kSector, kAudioSeed); }
     // Whether the C2 pointers of each sector read with flags 0x12 mark every byte that differs
@@ -44,7 +41,6 @@ class DriveQuirksTest : public DriveTest {
     }
 
     std::string cue;
-    std::string handle;
 };
 
 TEST_F(DriveQuirksTest, ReadOffsetMovesTheAudioAndSilenceFillsTheEdges) {
@@ -52,14 +48,14 @@ TEST_F(DriveQuirksTest, ReadOffsetMovesTheAudioAndSilenceFillsTheEdges) {
     handle = Add(cue);
     const Bytes audio = DiscAudio();
     // +667 samples: the drive returns at byte 4 * 667 what lies at byte 0.
-    const Outcome late = ReadCd(0, 3, kFlagsUser);
+    const Outcome late = ReadCd(0, 3, kFlagsUser, 3 * kSector);
     ASSERT_EQ(late.status, 0);
     EXPECT_EQ(Slice(late.data, 0, 2668), Bytes(2668, 0));
     EXPECT_EQ(Slice(late.data, 2668, 3 * kSector - 2668), Slice(audio, 0, 3 * kSector - 2668));
 
     // -30 samples: 120 bytes ahead; behind the audio lies the data track's pregap, silence.
     ASSERT_TRUE(drive.SetReadOffset(handle, -30));
-    const Outcome early = ReadCd(38, 2, kFlagsUser);
+    const Outcome early = ReadCd(38, 2, kFlagsUser, 2 * kSector);
     EXPECT_EQ(Slice(early.data, 0, 2 * kSector - 120),
               Slice(audio, 38 * kSector + 120, 2 * kSector - 120));
     EXPECT_EQ(Slice(early.data, 2 * kSector - 120, 120), Bytes(120, 0));
@@ -73,7 +69,7 @@ TEST_F(DriveQuirksTest, ReadOffsetMovesTheAudioAndSilenceFillsTheEdges) {
 TEST_F(DriveQuirksTest, FlakySectorsReadWrongWithTheirC2PointersSet) {
     handle = Add(cue);
     ASSERT_TRUE(drive.AddFlakyRange(handle, 5, 2, 1.0, 7));
-    const Outcome read = ReadCd(4, 3, kFlagsUserC2, kSector + 294);
+    const Outcome read = ReadCd(4, 3, kFlagsUserC2, 3 * (kSector + 294));
     ASSERT_EQ(read.status, 0);
     EXPECT_EQ(Slice(read.data, 0, kSector), Slice(DiscAudio(), 4 * kSector, kSector));
     EXPECT_EQ(Slice(read.data, kSector, 294), Bytes(294, 0));  // a good sector: no pointers
@@ -88,7 +84,7 @@ TEST_F(DriveQuirksTest, FlakySectorsReadWrongWithTheirC2PointersSet) {
         EXPECT_TRUE(drive.AddFlakyRange(handle, 10, 1, 0.5, 42));
         std::vector<Bytes> reads;
         for (int i = 0; i < 16; ++i)
-            reads.push_back(ReadCd(10, 1, kFlagsUser).data);
+            reads.push_back(ReadCd(10, 1, kFlagsUser, kSector).data);
         return reads;
     };
     const auto first = pattern();
@@ -104,7 +100,7 @@ TEST_F(DriveQuirksTest, ADriveWithoutC2PointersSaysSoAndRefusesThem) {
     handle = Add(cue);
     const Bytes getCdRead{0x46, 0x02, 0x00, 0x1E, 0, 0, 0, 0, 16, 0};
     EXPECT_EQ(Failure(ReadCd(0, 1, kFlagsUserC2, kSector + 294)), kInvalidField);
-    EXPECT_EQ(ReadCd(0, 1, kFlagsUser).status, 0);
+    EXPECT_EQ(ReadCd(0, 1, kFlagsUser, kSector).status, 0);
     EXPECT_EQ(Send(drive, handle, getCdRead, 16).data[12], 0x00);
     ASSERT_TRUE(drive.SetC2Pointers(handle, true));
     const Outcome feature = Send(drive, handle, getCdRead, 16);

@@ -11,37 +11,25 @@ constexpr uint32_t kUnrecoveredRead = 0x031105;
 constexpr uint8_t kFlagsAll = 0xF8;
 constexpr uint8_t kFlagsUser = 0x10;
 
-// Sector s of a stamped file, as the file holds it.
-Bytes StoredSector(size_t sectors, size_t size, unsigned seed, size_t s) {
-    return Slice(Stamped(sectors, size, seed), s * size, size);
-}
-
 class ImageDriveReadTest : public DriveTest {
   protected:
     void SetUp() override { handle = Add(WriteSmallDisc(Scratch())); }
-    Outcome ReadCd(uint32_t lba, uint32_t blocks, uint8_t flags, size_t buffer,
-                   uint8_t expectedType = 0) {
-        return Send(drive, handle, ReadCdCdb(lba, blocks, flags, expectedType), buffer);
-    }
-
-    std::string handle;
 };
 
 TEST_F(ImageDriveReadTest, AudioSectorsComeAsStoredWhateverTheHeaderFlags) {
     const Outcome all = ReadCd(0, 2, kFlagsAll, 2 * 2352);
     ASSERT_EQ(all.status, 0);
-    EXPECT_EQ(Slice(all.data, 0, 2352), StoredSector(kAudioSectors, 2352, kAudioSeed, 0));
-    EXPECT_EQ(Slice(all.data, 2352, 2352), StoredSector(kAudioSectors, 2352, kAudioSeed, 1));
+    EXPECT_EQ(Slice(all.data, 0, 2352), AudioSector(0));
+    EXPECT_EQ(Slice(all.data, 2352, 2352), AudioSector(1));
     const Outcome user = ReadCd(12, 1, kFlagsUser, 2352);  // inside track 2's index 00
-    EXPECT_EQ(user.data, StoredSector(kAudioSectors, 2352, kAudioSeed, 12));
+    EXPECT_EQ(user.data, AudioSector(12));
 
     // The twelve-byte form with no sub-channel reads the same; with the formatted Q each
     // sector is followed by its position in BCD: track, index, the time in the track (counting
     // down to INDEX 01 in the pregap) and on the disc, and the inverted CRC. Raw P-W is refused.
     Bytes twelve = ReadCdCdb(39, 1, kFlagsAll);
     twelve.insert(twelve.end(), {0, 0});
-    EXPECT_EQ(Send(drive, handle, twelve, 2352).data,
-              StoredSector(kAudioSectors, 2352, kAudioSeed, 39));
+    EXPECT_EQ(Send(drive, handle, twelve, 2352).data, AudioSector(39));
     twelve[10] = 0x02;
     EXPECT_EQ(Slice(Send(drive, handle, twelve, 2352 + 16).data, 2352, 16),
               (Bytes{0x01, 0x02, 0x01, 0, 0, 0x19, 0, 0, 0x02, 0x39, 0x7C, 0x30, 0, 0, 0, 0}));
@@ -53,7 +41,7 @@ TEST_F(ImageDriveReadTest, AudioSectorsComeAsStoredWhateverTheHeaderFlags) {
 }
 
 TEST_F(ImageDriveReadTest, Mode1SectorsAreBuiltFromTheStoredUserData) {
-    const Bytes user = StoredSector(kDataSectors, 2048, kDataSeed, 0);
+    const Bytes user = DataSector(0);
     const Outcome raw = ReadCd(190, 1, kFlagsAll, 2352);
     ASSERT_EQ(raw.status, 0);
     EXPECT_EQ(Slice(raw.data, 0, 16), (Bytes{0x00, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
@@ -95,8 +83,8 @@ TEST_F(ImageDriveReadTest, FlagCombinationsAndSectorTypesADriveRefuses) {
 TEST_F(ImageDriveReadTest, Read10ReturnsUserDataOfDataTracksOnlyAndRangesEndAtTheLeadOut) {
     const Outcome data = Send(drive, handle, Read10Cdb(191, 2), 4096);
     ASSERT_EQ(data.status, 0);
-    EXPECT_EQ(Slice(data.data, 0, 2048), StoredSector(kDataSectors, 2048, kDataSeed, 1));
-    EXPECT_EQ(Slice(data.data, 2048, 2048), StoredSector(kDataSectors, 2048, kDataSeed, 2));
+    EXPECT_EQ(Slice(data.data, 0, 2048), DataSector(1));
+    EXPECT_EQ(Slice(data.data, 2048, 2048), DataSector(2));
     EXPECT_EQ(Failure(Send(drive, handle, Read10Cdb(0, 1), 2048)), kIllegalMode);
     EXPECT_EQ(Failure(Send(drive, handle, Read10Cdb(219, 2), 4096)), kOutOfRange);
     EXPECT_EQ(Send(drive, handle, Read10Cdb(219, 1), 2048).status, 0);
@@ -107,8 +95,7 @@ TEST_F(ImageDriveReadTest, Read10ReturnsUserDataOfDataTracksOnlyAndRangesEndAtTh
     // A short buffer gets what fits and nothing beyond.
     const Outcome cut = ReadCd(0, 27, kFlagsAll, 3000);
     EXPECT_TRUE(cut.status == 0 && cut.guardIntact);
-    EXPECT_EQ(Slice(cut.data, 2352, 648),
-              Slice(StoredSector(kAudioSectors, 2352, kAudioSeed, 1), 0, 648));
+    EXPECT_EQ(Slice(cut.data, 2352, 648), Slice(AudioSector(1), 0, 648));
     EXPECT_TRUE(Send(drive, handle, Read10Cdb(190, 3), 100).guardIntact);
     EXPECT_EQ(ReadCd(0, 2, kFlagsAll, 0).status, 0);  // no buffer at all
 }
@@ -139,22 +126,21 @@ TEST_F(ImageDriveReadTest, InjectedTimeOutsEndWithStatus255AndThrottlingKeepsThe
     EXPECT_EQ(Send(drive, handle, kTestUnitReady).status, 0);
 
     ASSERT_TRUE(drive.SetReadSpeed(handle, 48));
-    EXPECT_EQ(ReadCd(0, 1, kFlagsAll, 2352).data, StoredSector(kAudioSectors, 2352, kAudioSeed, 0));
+    EXPECT_EQ(ReadCd(0, 1, kFlagsAll, 2352).data, AudioSector(0));
 }
 
 TEST_F(DriveTest, Mode2Form1SectorsOfTheSecondSession) {
-    const std::string handle = Add(WriteEnhancedDisc(Scratch()));
+    handle = Add(WriteEnhancedDisc(Scratch()));
     const Bytes stored = EnhancedData();
 
-    const Outcome raw = Send(drive, handle, ReadCdCdb(11420, 1, kFlagsAll), 2352);
+    const Outcome raw = ReadCd(11420, 1, kFlagsAll, 2352);
     EXPECT_EQ(raw.data, Slice(stored, 0, 2352));
-    const Outcome form1 = Send(drive, handle, ReadCdCdb(11420, 1, kFlagsUser, 4), 2048);
+    const Outcome form1 = ReadCd(11420, 1, kFlagsUser, 2048, 4);
     EXPECT_EQ(form1.data, Slice(stored, 24, 2048));
     EXPECT_EQ(Send(drive, handle, Read10Cdb(11420, 1), 2048).data, Slice(stored, 24, 2048));
-    EXPECT_EQ(Send(drive, handle, ReadCdCdb(11420, 1, 0x50), 2056).data, Slice(stored, 16, 2056));
-    EXPECT_EQ(Failure(Send(drive, handle, ReadCdCdb(11420, 1, kFlagsUser, 5), 2048)), kIllegalMode);
-    EXPECT_EQ(Failure(Send(drive, handle, ReadCdCdb(5000, 1, kFlagsAll), 2352)),  // between
-              kOutOfRange);
+    EXPECT_EQ(ReadCd(11420, 1, 0x50, 2056).data, Slice(stored, 16, 2056));
+    EXPECT_EQ(Failure(ReadCd(11420, 1, kFlagsUser, 2048, 5)), kIllegalMode);
+    EXPECT_EQ(Failure(ReadCd(5000, 1, kFlagsAll, 2352)), kOutOfRange);  // between the sessions
 }
 
 }  // namespace

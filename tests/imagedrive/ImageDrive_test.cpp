@@ -19,7 +19,7 @@ const Bytes kMediaEvents{0x4A, 0x01, 0, 0, 0x10, 0, 0, 0, 8, 0};
 using ImageDriveTest = DriveTest;
 
 TEST_F(ImageDriveTest, InquiryIdentifiesACdDrive) {
-    const std::string handle = Add(WriteSmallDisc(Scratch()));
+    handle = Add(WriteSmallDisc(Scratch()));
     const Outcome full = Send(drive, handle, {0x12, 0, 0, 0, 76, 0}, 76);
     ASSERT_EQ(full.status, 0);
     EXPECT_EQ(Slice(full.data, 0, 2), (Bytes{0x05, 0x80}));  // CD/DVD device, removable
@@ -32,7 +32,7 @@ TEST_F(ImageDriveTest, InquiryIdentifiesACdDrive) {
 
 // The cut to allocation length and buffer is shared by every reply; READ TOC shows it here.
 TEST_F(ImageDriveTest, TocFormat0ByteForByteInLbaAndMsfFromAStartingTrackAndCut) {
-    const std::string handle = Add(WriteSmallDisc(Scratch()));
+    handle = Add(WriteSmallDisc(Scratch()));
     const Outcome lba = Send(drive, handle, TocCdb(false, 0, 0, 804), 804);
     ASSERT_EQ(lba.status, 0);
     const Bytes expectedLba{0x00, 0x22, 0x01, 0x03,                          //
@@ -68,7 +68,7 @@ TEST_F(ImageDriveTest, TocFormat0ByteForByteInLbaAndMsfFromAStartingTrackAndCut)
 }
 
 TEST_F(ImageDriveTest, EnhancedDiscSessionInfoAndFullToc) {
-    const std::string handle = Add(WriteEnhancedDisc(Scratch()));
+    handle = Add(WriteEnhancedDisc(Scratch()));
     const Outcome session = Send(drive, handle, TocCdb(false, 1, 0, 100), 100);
     EXPECT_EQ(Slice(session.data, 0, 12),
               (Bytes{0x00, 0x0A, 0x01, 0x02, 0x00, 0x14, 0x02, 0x00, 0x00, 0x00, 0x2C, 0x9C}));
@@ -96,7 +96,7 @@ TEST_F(ImageDriveTest, EnhancedDiscSessionInfoAndFullToc) {
 }
 
 TEST_F(ImageDriveTest, CapacityDiscInformationAndConfiguration) {
-    const std::string handle = Add(WriteSmallDisc(Scratch()));
+    handle = Add(WriteSmallDisc(Scratch()));
     const Outcome capacity = Send(drive, handle, {0x25, 0, 0, 0, 0, 0, 0, 0, 0, 0}, 8);
     EXPECT_EQ(capacity.data, (Bytes{0x00, 0x00, 0x00, 0xDB, 0x00, 0x00, 0x08, 0x00}));
 
@@ -118,7 +118,7 @@ TEST_F(ImageDriveTest, CapacityDiscInformationAndConfiguration) {
 TEST_F(ImageDriveTest, TrayAndMediumGiveTheSenseOfARealDrive) {
     const fs::path folder = Scratch();
     const std::string image = WriteSmallDisc(folder);
-    const std::string handle = Add(image);
+    handle = Add(image);
     EXPECT_EQ(Ready(handle), 0u);  // created holding the disc: no unit attention
 
     EXPECT_EQ(Status(handle, kEject), 0);
@@ -156,7 +156,7 @@ TEST_F(ImageDriveTest, TrayAndMediumGiveTheSenseOfARealDrive) {
 }
 
 TEST_F(ImageDriveTest, MediaEventsAndDoorState) {
-    const std::string handle = Add(WriteSmallDisc(Scratch()));
+    handle = Add(WriteSmallDisc(Scratch()));
     const Outcome quiet = Send(drive, handle, kMediaEvents, 8);
     EXPECT_EQ(quiet.data, (Bytes{0x00, 0x06, 0x04, 0x10, 0x00, 0x02, 0x00, 0x00}));
 

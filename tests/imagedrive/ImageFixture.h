@@ -113,19 +113,25 @@ class DriveTest : public ::testing::Test {
         EXPECT_TRUE(added.ok()) << added.Error();
         return added.ok() ? added.Value() : std::string();
     }
-    int32_t Status(const std::string& handle, const Bytes& cdb) {
-        return Send(drive, handle, cdb).status;
+    int32_t Status(const std::string& on, const Bytes& cdb) {
+        return Send(drive, on, cdb).status;
     }
     // Status 2 and the sense, or the status alone.
     uint32_t Failure(const Outcome& outcome) const {
         return outcome.status == 2 ? SenseOf(drive) : static_cast<uint32_t>(outcome.status);
     }
     // The sense of a TEST UNIT READY: 0 when ready.
-    uint32_t Ready(const std::string& handle) {
-        return Failure(Send(drive, handle, kTestUnitReady));
+    uint32_t Ready(const std::string& on) {
+        return Failure(Send(drive, on, kTestUnitReady));
+    }
+    // READ CD on the drive of handle into a buffer of bufferSize bytes.
+    Outcome ReadCd(uint32_t lba, uint32_t blocks, uint8_t flags, size_t bufferSize,
+                   uint8_t expectedType = 0) {
+        return Send(drive, handle, ReadCdCdb(lba, blocks, flags, expectedType), bufferSize);
     }
 
     clsImageDrive drive;
+    std::string handle;  // the drive the test talks to
 };
 
 // Two audio tracks in one BIN (track 2 with an index 00) and a Mode 1 track from 2048-byte
@@ -135,6 +141,14 @@ inline constexpr size_t kAudioSectors = 40;
 inline constexpr size_t kDataSectors = 30;
 inline constexpr unsigned kAudioSeed = 1;
 inline constexpr unsigned kDataSeed = 2;
+
+// Sector s of the small disc's audio or data file, as the file holds it.
+inline Bytes AudioSector(size_t s) {
+    return Slice(Stamped(kAudioSectors, 2352, kAudioSeed), s * 2352, 2352);
+}
+inline Bytes DataSector(size_t s) {
+    return Slice(Stamped(kDataSectors, 2048, kDataSeed), s * 2048, 2048);
+}
 
 inline std::string WriteSmallDisc(const fs::path& folder) {
     WriteBytes(folder / "audio eins.bin", Stamped(kAudioSectors, 2352, kAudioSeed));
