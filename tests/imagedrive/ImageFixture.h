@@ -113,17 +113,13 @@ class DriveTest : public ::testing::Test {
         EXPECT_TRUE(added.ok()) << added.Error();
         return added.ok() ? added.Value() : std::string();
     }
-    int32_t Status(const std::string& on, const Bytes& cdb) {
-        return Send(drive, on, cdb).status;
-    }
+    int32_t Status(const std::string& on, const Bytes& cdb) { return Send(drive, on, cdb).status; }
     // Status 2 and the sense, or the status alone.
     uint32_t Failure(const Outcome& outcome) const {
         return outcome.status == 2 ? SenseOf(drive) : static_cast<uint32_t>(outcome.status);
     }
     // The sense of a TEST UNIT READY: 0 when ready.
-    uint32_t Ready(const std::string& on) {
-        return Failure(Send(drive, on, kTestUnitReady));
-    }
+    uint32_t Ready(const std::string& on) { return Failure(Send(drive, on, kTestUnitReady)); }
     // READ CD on the drive of handle into a buffer of bufferSize bytes.
     Outcome ReadCd(uint32_t lba, uint32_t blocks, uint8_t flags, size_t bufferSize,
                    uint8_t expectedType = 0) {
