@@ -1,13 +1,17 @@
 // The rip job to WAV over the track list's checked rows: file names, the row texts as they
-// change, and stopping on the user's request. (A track's faults: the track tests; other
-// formats: the encode tests.)
+// change, faults in the middle of a track, and stopping on the user's request. (A track's read
+// errors: the track tests; other formats: the encode tests.)
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <cstring>
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "Fixtures.h"
 #include "RipRig.h"
+#include "common/SmallDisk.h"
 
 using namespace plattmix;
 
@@ -81,4 +85,55 @@ TEST(RunRipJob, AbortDuringTheThirdTrackStopsThere) {
     EXPECT_EQ(rig.LastText(1), "Track02.wav -->Fertig");
     EXPECT_EQ(rig.events.back(), (RowEvent{2, "Abbruch"}));
     EXPECT_EQ(rig.Files(), (std::vector<std::string>{"Track01.wav", "Track02.wav"}));
+}
+
+// Faults in the second track (LBAs 40 to 78, read as the block 40-66 and the remainder 67-78):
+// the medium taken out after its first block, a drive time-out (status 255) in either part, the
+// disk full after the first track's first block. The job ends and no faulty track is reported
+// done: a full block that fails leaves "Schreibe..." and tells why, a failed remainder fails the
+// row.
+TEST(RunRipJob, FaultsInTheMiddleOfATrackNeverReportItDone) {
+    using Warnings = std::vector<std::string>;
+    struct Case {
+        const char* what;
+        std::function<void(JobRig&)> inject;
+        const char* row;
+        Warnings warnings;
+    };
+    const Case cases[] = {
+        {"tray opened",
+         [](JobRig& rig) {
+             rig.hooks.progress = [&rig](int percent) {
+                 if (percent > 0 && rig.events.back() == RowEvent{1, "Schreibe..."})
+                     rig.drive.OpenTray(rig.params.handle);
+             };
+         },
+         "XXX Fehler!",
+         {}},
+        {"time-out in the block",
+         [](JobRig& rig) { rig.drive.AddTimeOutRange(rig.params.handle, 50, 1); }, "Schreibe...",
+         Warnings{"Lesefehler in Range 40 - 67."}},
+        {"time-out in the remainder",
+         [](JobRig& rig) { rig.drive.AddTimeOutRange(rig.params.handle, 70, 1); },
+         "XXX Fehler!",
+         {}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        JobRig rig({1, 2}, c.what);
+        c.inject(rig);
+        EXPECT_FALSE(rig.Run().aborted);
+        EXPECT_EQ(rig.LastText(0), "Track01.wav -->Fertig");
+        EXPECT_EQ(rig.LastText(1), c.row);
+        EXPECT_EQ(rig.warnings, c.warnings);
+    }
+
+    JobRig rig({1}, "voll");
+    EXPECT_TRUE(test::WithFileSizeLimit(44 + 27 * 2352, [&rig] {
+        rig.Run();
+        return rig.LastText(0) == "Schreibe..." &&
+               rig.warnings ==
+                   Warnings{"Fehler beim Schreiben der Datei " + rig.params.targetFolder +
+                            "Track01.wav: " + std::strerror(EFBIG)};
+    }));
 }
