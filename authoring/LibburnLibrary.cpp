@@ -48,6 +48,12 @@ bool WritableProfile(int profile) {
     }
 }
 
+// The number libburn gives a severity name; 0 (below every name) for one it does not know.
+int SeverityLevel(char* name) {
+    int level = 0;
+    return burn_text_to_sev(name, &level, 0) > 0 ? level : 0;
+}
+
 }  // namespace
 
 LibburnLibrary& LibburnLibrary::Instance() {
@@ -85,8 +91,7 @@ LibburnLibrary::~LibburnLibrary() {
 }
 
 std::string TakeBurnMessages() {
-    int sorry = 0;
-    burn_text_to_sev(kSorry, &sorry, 0);
+    static const int sorry = SeverityLevel(kSorry);
     std::string first;
     int code = 0;
     int osErrno = 0;
@@ -97,8 +102,7 @@ std::string TakeBurnMessages() {
             ++threadEvents.writesEnded;
         else if (code == kDriveStillBusy)
             ++threadEvents.refusedAsBusy;
-        int level = 0;
-        if (first.empty() && burn_text_to_sev(severity, &level, 0) > 0 && level >= sorry)
+        if (first.empty() && SeverityLevel(severity) >= sorry)
             first = text;
     }
     return first;
