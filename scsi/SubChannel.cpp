@@ -4,6 +4,7 @@
 #include <cctype>
 
 #include "modMMC.h"
+#include "modMSF.h"
 
 namespace plattmix::modMMC {
 namespace {
@@ -29,10 +30,6 @@ std::optional<std::string> ValidText(std::span<const uint8_t> reply, uint8_t for
     return text;
 }
 
-int FromBcd(uint8_t value) {
-    return (value >> 4) * 10 + (value & 0x0F);
-}
-
 }  // namespace
 
 std::optional<std::string> ParseCatalog(std::span<const uint8_t> reply) {
@@ -53,7 +50,7 @@ std::optional<std::string> ParseIsrc(std::span<const uint8_t> reply) {
 std::optional<QPosition> ParseQPosition(std::span<const uint8_t> q) {
     if (q.size() < static_cast<size_t>(kQBytes) || (q[0] & 0x0F) != kAdrPosition)
         return std::nullopt;
-    return QPosition{static_cast<uint8_t>(q[0] >> 4), FromBcd(q[1]), FromBcd(q[2])};
+    return QPosition{static_cast<uint8_t>(q[0] >> 4), modMSF::FromBcd(q[1]), modMSF::FromBcd(q[2])};
 }
 
 int32_t PregapSectorsBefore(std::span<const uint8_t> sectors, int track) {

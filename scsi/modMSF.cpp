@@ -79,6 +79,14 @@ MSF MakeMSF(std::string_view text) {
     return MSF{parts[0], parts[1], parts[2]};
 }
 
+uint8_t ToBcd(int value) {
+    return static_cast<uint8_t>(((value / 10) << 4) | (value % 10));
+}
+
+int FromBcd(uint8_t value) {
+    return (value >> 4) * 10 + (value & 0x0F);
+}
+
 std::string MSFToString(const MSF& msf) {
     char text[16];
     std::snprintf(text, sizeof text, "%02u:%02u:%02u", unsigned{msf.minute}, unsigned{msf.second},

@@ -38,6 +38,10 @@ MSF MakeMSF(std::span<const uint8_t> parts);
 // "mm:ss:ff"; each part by its numeric value, missing parts 0.
 MSF MakeMSF(std::string_view text);
 
+// Two decimal digits in one byte, as sector headers and the Q sub-channel carry them.
+uint8_t ToBcd(int value);
+int FromBcd(uint8_t value);
+
 std::string MSFToString(const MSF& msf);
 std::string ByteToBinary(uint8_t x);
 

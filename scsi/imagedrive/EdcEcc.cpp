@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "modMSF.h"
+
 namespace plattmix::scsi::imagedrive {
 
 namespace {
@@ -74,10 +76,6 @@ void ComputeParity(std::span<uint8_t, kRawSectorSize> sector, const ParityLayout
     }
 }
 
-uint8_t Bcd(int value) {
-    return static_cast<uint8_t>((value / 10) * 16 + value % 10);
-}
-
 }  // namespace
 
 uint32_t ComputeEdc(std::span<const uint8_t> bytes) {
@@ -97,9 +95,9 @@ void WriteSyncAndHeader(int32_t lba, uint8_t mode, std::span<uint8_t, kRawSector
     std::fill(sector.begin() + 1, sector.begin() + 11, uint8_t{0xFF});
     sector[11] = 0x00;
     const int32_t frames = lba + 150;
-    sector[12] = Bcd(frames / (60 * 75));
-    sector[13] = Bcd((frames / 75) % 60);
-    sector[14] = Bcd(frames % 75);
+    sector[12] = modMSF::ToBcd(frames / (60 * 75));
+    sector[13] = modMSF::ToBcd((frames / 75) % 60);
+    sector[14] = modMSF::ToBcd(frames % 75);
     sector[15] = mode;
 }
 

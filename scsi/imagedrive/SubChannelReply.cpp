@@ -16,10 +16,6 @@ constexpr uint8_t kValid = 0x80;
 constexpr uint8_t kAdrPosition = 1;
 constexpr uint8_t kAdrIsrc = 3;
 
-uint8_t Bcd(int value) {
-    return static_cast<uint8_t>(((value / 10) << 4) | (value % 10));
-}
-
 // Header, format code, then the valid flag and the text from byte 8 on.
 Reply TextReply(uint8_t format, const std::string& text) {
     Reply reply(4 + kDataLength, 0);
@@ -35,9 +31,9 @@ Reply TextReply(uint8_t format, const std::string& text) {
 
 void PutMsf(std::array<uint8_t, 16>& q, size_t at, int32_t frames) {
     const modMSF::MSF msf = modMSF::LBAToMSF(frames - modMSF::kPregapFrames);
-    q[at] = Bcd(msf.minute);
-    q[at + 1] = Bcd(msf.second);
-    q[at + 2] = Bcd(msf.frame);
+    q[at] = modMSF::ToBcd(msf.minute);
+    q[at + 1] = modMSF::ToBcd(msf.second);
+    q[at + 2] = modMSF::ToBcd(msf.frame);
 }
 
 }  // namespace
@@ -63,7 +59,7 @@ std::array<uint8_t, 16> QSubChannel(const DiscImage& disc, int32_t lba) {
         return q;
     const bool pregap = lba < track->start;
     q[0] = static_cast<uint8_t>((track->control << 4) | kAdrPosition);
-    q[1] = Bcd(track->number);
+    q[1] = modMSF::ToBcd(track->number);
     q[2] = pregap ? 0 : 1;
     PutMsf(q, 3, pregap ? track->start - 1 - lba : lba - track->start);
     PutMsf(q, 7, lba + modMSF::kPregapFrames);

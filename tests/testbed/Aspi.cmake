@@ -7,7 +7,7 @@ add_executable(testbed_aspi testbed_aspi_main.cpp AspiChecks.cpp AspiWindowCheck
                             ${PROJECT_SOURCE_DIR}/app/window/TransportChoice.cpp)
 target_include_directories(testbed_aspi PRIVATE ${PROJECT_SOURCE_DIR}/app/window
                                                 ${PROJECT_SOURCE_DIR}/tests)
-target_link_libraries(testbed_aspi PRIVATE plattmix_audiocd plattmix_scsi)
+target_link_libraries(testbed_aspi PRIVATE plattmix_audiocd plattmix_scsi plattmix_vdrive)
 add_executable(testbed_cli_shared testbed_cli_main.cpp)
 target_link_libraries(testbed_cli_shared PRIVATE plattmix_cli_drives)
 add_dependencies(testbed_aspi plattmix_aspi)
