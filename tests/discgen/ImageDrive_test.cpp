@@ -3,7 +3,6 @@
 // wrote. (The quirks the fixtures carry in their sidecars: SecureRip_test.)
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <vector>
 
@@ -21,41 +20,15 @@ namespace {
 
 constexpr uint8_t kUserData = 0x10;  // READ CD flags: user data only (all 2352 audio bytes)
 
-// A written disc loaded into a fresh drive.
-struct Loaded {
-    DiscDescription disc;
-    scsi::imagedrive::clsImageDrive drive;
-    std::string handle;
-
-    // READ CD over the track as the program sends it: status 0 and the CRC-32 of the bytes, or
-    // the first failing command's status.
-    std::pair<int32_t, uint32_t> ReadTrack(const TrackInfo& track) {
-        constexpr uint32_t kBlocksPerRead = 27;
-        const size_t sectorBytes = track.mode == TrackMode::Audio ? 2352 : 2048;
-        std::vector<uint8_t> buffer(kBlocksPerRead * sectorBytes);
-        audiocd::Crc32 crc;
-        for (int32_t done = 0; done < track.lengthSectors;) {
-            const auto n = std::min<uint32_t>(kBlocksPerRead,
-                                              static_cast<uint32_t>(track.lengthSectors - done));
-            const std::span<uint8_t> part(buffer.data(), n * sectorBytes);
-            const int32_t status = modMMC::ReadCD(
-                drive, handle, static_cast<uint32_t>(track.startLba + done), n, part, kUserData);
-            if (status != 0)
-                return {status, 0};
-            crc.Update(part);
-            done += static_cast<int32_t>(n);
-        }
-        return {0, crc.Value()};
-    }
-};
-
-void Load(const DiscSpec& spec, Loaded& out) {
-    Result<DiscDescription> disc = WriteDisc(spec, test::ScratchFolder() / spec.name);
-    ASSERT_TRUE(disc.ok()) << disc.error;
-    out.disc = *disc.value;
-    const auto handle = out.drive.AddDrive(out.disc.cuePath.string());
-    ASSERT_TRUE(handle.ok()) << handle.Error();
-    out.handle = handle.Value();
+// READ CD over the whole track in one command: its status and the CRC-32 of the bytes.
+std::pair<int32_t, uint32_t> ReadTrack(scsi::imagedrive::clsImageDrive& drive, std::string handle,
+                                       const TrackInfo& track) {
+    const size_t sectorBytes = track.mode == TrackMode::Audio ? 2352 : 2048;
+    std::vector<uint8_t> buffer(static_cast<size_t>(track.lengthSectors) * sectorBytes);
+    const int32_t status =
+        modMMC::ReadCD(drive, handle, static_cast<uint32_t>(track.startLba),
+                       static_cast<uint32_t>(track.lengthSectors), buffer, kUserData);
+    return {status, audiocd::Crc32::Of(buffer)};
 }
 
 // The sheet as the drive's loader reads it: the texts, the tracks' starts, spans and modes, and
@@ -93,12 +66,17 @@ void ExpectSheetMatches(const DiscDescription& d) {
 
 TEST(ImageDrive, ReadsEveryFixtureAsDescribed) {
     for (const Fixture f : AllFixtures()) {
-        Loaded l;
-        Load(FixtureSpec(f, 1), l);
-        SCOPED_TRACE(TrackTableText(l.disc));
-        ExpectSheetMatches(l.disc);
-        for (const TrackInfo& t : l.disc.tracks)
-            EXPECT_EQ(l.ReadTrack(t), std::make_pair(0, t.crc32)) << "track " << t.number;
+        const DiscSpec spec = FixtureSpec(f, 1);
+        const Result<DiscDescription> written = WriteDisc(spec, test::ScratchFolder() / spec.name);
+        ASSERT_TRUE(written.ok()) << written.error;
+        const DiscDescription& disc = *written.value;
+        SCOPED_TRACE(TrackTableText(disc));
+        ExpectSheetMatches(disc);
+        scsi::imagedrive::clsImageDrive drive;
+        const auto handle = drive.AddDrive(disc.cuePath.string());
+        ASSERT_TRUE(handle.ok()) << handle.Error();
+        for (const TrackInfo& t : disc.tracks)
+            EXPECT_EQ(ReadTrack(drive, handle.Value(), t), std::make_pair(0, t.crc32)) << t.number;
     }
 }
 

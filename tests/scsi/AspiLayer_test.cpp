@@ -223,7 +223,7 @@ TEST_F(AspiLayerTest, TheKernelsAnswerInTheBlock) {
     for (const Case c :
          {Case{-1, 0, 0, kHostSelectionTimeOut}, Case{0, 0x03, 0, kHostCommandTimeOut},
           Case{0, 0, 0x06, kHostCommandTimeOut}, Case{0, 0x08, 0, kHostBusReset},
-          Case{0, 0x01, 0, kHostSelectionTimeOut}, Case{0, 0x07, 0, kHostSelectionTimeOut}}) {
+          Case{0, 0x01, 0, kHostSelectionTimeOut}}) {
         answer = [c](sg_io_hdr_t& h) {
             h.host_status = c.host;
             h.driver_status = c.driver;
