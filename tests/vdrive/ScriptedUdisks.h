@@ -1,8 +1,8 @@
 // A scripted stand-in for udisksd on a private bus, for what the real udisksd in the drive test
 // bed will not do: refuse. LoopSetup answers as scripted, Mount is always refused; the rest of
-// what the virtual drives call (GetManagedObjects with Block, Loop and Filesystem, Loop.Delete,
-// the Manager's Version) is answered over the real D-Bus protocol for its one loop device, bound
-// to a file or not.
+// what the virtual drive service calls (GetManagedObjects with Block, Loop and Filesystem,
+// Loop.Delete) is answered over the real D-Bus protocol for its one loop device, bound to a file
+// or not.
 #pragma once
 
 #include <systemd/sd-bus.h>
@@ -72,10 +72,6 @@ class ScriptedUdisks {
     static int AppendBytes(sd_bus_message* reply, const std::string& text) {
         return sd_bus_message_append_array(reply, 'y', text.c_str(), text.size() + 1);
     }
-    static int GetVersion(sd_bus*, const char*, const char*, const char*, sd_bus_message* reply,
-                          void*, sd_bus_error*) {
-        return sd_bus_message_append(reply, "s", "2.9.4-scripted");
-    }
     static int GetDevice(sd_bus*, const char*, const char*, const char*, sd_bus_message* reply,
                          void*, sd_bus_error*) {
         return AppendBytes(reply, "/dev/loop0");
@@ -115,8 +111,8 @@ class ScriptedUdisks {
 
     static constexpr uint64_t kAnyone = SD_BUS_VTABLE_UNPRIVILEGED;
     static constexpr sd_bus_vtable kManagerTable[] = {
-        SD_BUS_VTABLE_START(0), SD_BUS_PROPERTY("Version", "s", GetVersion, 0, 0),
-        SD_BUS_METHOD("LoopSetup", "ha{sv}", "o", LoopSetup, kAnyone), SD_BUS_VTABLE_END};
+        SD_BUS_VTABLE_START(0), SD_BUS_METHOD("LoopSetup", "ha{sv}", "o", LoopSetup, kAnyone),
+        SD_BUS_VTABLE_END};
     static constexpr sd_bus_vtable kBlockTable[] = {
         SD_BUS_VTABLE_START(0), SD_BUS_PROPERTY("Device", "ay", GetDevice, 0, 0),
         SD_BUS_VTABLE_END};
