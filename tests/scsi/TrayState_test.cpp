@@ -31,7 +31,6 @@ const TrayResult kGood = MakeTrayResult(0, {});
 TEST(TrayDecision, FromTheUnitReadyAnswer) {
     EXPECT_EQ(DecideFromUnitReady(Checked(2, 0x3A, 0x00)), TrayDecision::AskMediaEvent);
     EXPECT_EQ(DecideFromUnitReady(Checked(2, 0x3A, 0x03)), TrayDecision::Unknown);
-    EXPECT_EQ(DecideFromUnitReady(Checked(2, 0x04, 0x01)), TrayDecision::Unknown);
     EXPECT_EQ(DecideFromUnitReady(MakeTrayResult(2, {})), TrayDecision::Unknown);
     // A key byte with a flag bit; descriptor-format sense.
     EXPECT_EQ(DecideFromUnitReady(Checked(0x62, 0x3A, 0x02)), TrayDecision::Open);
