@@ -24,15 +24,11 @@ fs::path Ensured(const fs::path& folder) {
     return cue.ok() ? *cue.value : fs::path{};
 }
 
-// The demo as the image drive loads it: titles and four tracks of audio.
+// The demo as the image drive loads it: four tracks, fifteen seconds.
 void ExpectIntactDemo(const fs::path& cue) {
     const auto disc = scsi::imagedrive::LoadImage(cue.string());
     ASSERT_TRUE(disc.ok()) << disc.Error();
-    EXPECT_EQ(disc.Value().title, "Plattmix Demo");
-    EXPECT_EQ(disc.Value().performer, "Trovalis");
-    ASSERT_EQ(disc.Value().tracks.size(), 4u);
-    EXPECT_EQ(disc.Value().tracks[0].title, "Morgenrot");
-    EXPECT_EQ(disc.Value().tracks[3].title, "Abendlied");
+    EXPECT_EQ(disc.Value().tracks.size(), 4u);
     EXPECT_EQ(disc.Value().LeadOut(), 15 * 75);
 }
 

@@ -63,14 +63,10 @@ TEST(DiscLayout, RefusesRecipesNoSheetCanExpress) {
 }
 
 // Every fixture is written and read back in ImageDrive_test.
-TEST(DiscLayout, FixturesAreFoundByNameAndLargeSplitsIntoFourMinuteTracks) {
+TEST(DiscLayout, FixturesAreFoundByName) {
     for (const Fixture f : AllFixtures())
         EXPECT_EQ(FixtureByName(FixtureName(f)), f);
     EXPECT_FALSE(FixtureByName("audiothreetracks").has_value());
-    const DiscSpec large = Large(10);
-    ASSERT_EQ(large.tracks.size(), 3u);
-    EXPECT_EQ(large.tracks[0].sectors, 4 * 60 * 75);
-    EXPECT_EQ(large.tracks[2].sectors, 2 * 60 * 75);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
-// What lands on disk beyond what the image drive reads back: a description without writing, data
-// sectors that name their address, audio that sounds like music, failures as text.
+// What lands on disk beyond what the image drive reads back: data sectors that name their
+// address, audio that sounds like music, failures as text. (A description without writing
+// agrees with the disc written: the demo disc's test, where an intact disc is left alone.)
 #include "DiscWriter.h"
 
 #include <gtest/gtest.h>
@@ -24,23 +25,6 @@ DiscDescription Written(const DiscSpec& spec, const std::filesystem::path& folde
 int SampleAt(const std::string& bytes, size_t index) {
     return static_cast<int16_t>(static_cast<uint16_t>(
         static_cast<uint8_t>(bytes[index * 2]) | static_cast<uint8_t>(bytes[index * 2 + 1]) << 8));
-}
-
-// Describing without writing gives what writing gives: the sheet and every checksum. (Writing
-// twice gives the same bytes: the demo disc's test rebuilds it.)
-TEST(DiscWriter, DescribingADiscAgreesWithWritingIt) {
-    const auto root = ScratchFolder();
-    for (const DiscSpec& spec : {Pregap(), DataTrackFirst(), MultiFile()}) {
-        SCOPED_TRACE(spec.name);
-        const DiscDescription written = Written(spec, root);
-        const Result<DiscDescription> described = DescribeDisc(spec, root);
-        ASSERT_TRUE(described.ok()) << described.error;
-        EXPECT_EQ(described.value->cueText, written.cueText);
-        for (size_t i = 0; i < written.files.size(); ++i)
-            EXPECT_EQ(described.value->files[i].crc32, written.files[i].crc32);
-        for (size_t i = 0; i < written.tracks.size(); ++i)
-            EXPECT_EQ(described.value->tracks[i].crc32, written.tracks[i].crc32);
-    }
 }
 
 TEST(DiscWriter, DataSectorsNameTheirOwnDiscAddress) {

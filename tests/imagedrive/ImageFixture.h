@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -13,6 +14,7 @@
 
 #include "common/ScratchFolder.h"
 #include "imagedrive/clsImageDrive.h"
+#include "modMMC.h"
 
 namespace plattmix::scsi::imagedrive::test {
 
@@ -67,31 +69,25 @@ inline Outcome Send(clsImageDrive& drive, std::string handle, Bytes cdb, size_t 
     return outcome;
 }
 
-// Writes value big-endian into count bytes from at.
-inline void PutBe(Bytes& cdb, size_t at, uint32_t value, size_t count) {
-    for (size_t i = 0; i < count; ++i)
-        cdb[at + i] = static_cast<uint8_t>(value >> (8 * (count - 1 - i)));
+// Command blocks from the program's builders (whose bytes modMMC_test checks), as Bytes.
+template <size_t N>
+Bytes Cdb(const std::array<uint8_t, N>& cdb) {
+    return Bytes(cdb.begin(), cdb.end());
 }
 
+// READ CD; expectedType goes to byte 1's bits 2-4.
 inline Bytes ReadCdCdb(uint32_t lba, uint32_t blocks, uint8_t flags, uint8_t expectedType = 0) {
-    Bytes cdb{0xBE, static_cast<uint8_t>(expectedType << 2), 0, 0, 0, 0, 0, 0, 0, flags};
-    PutBe(cdb, 2, lba, 4);
-    PutBe(cdb, 6, blocks, 3);
+    Bytes cdb = Cdb(modMMC::BuildReadCD(lba, blocks, flags));
+    cdb[1] = static_cast<uint8_t>(expectedType << 2);
     return cdb;
 }
 
 inline Bytes Read10Cdb(uint32_t lba, uint16_t blocks) {
-    Bytes cdb(10, 0);
-    cdb[0] = 0x28;
-    PutBe(cdb, 2, lba, 4);
-    PutBe(cdb, 7, blocks, 2);
-    return cdb;
+    return Cdb(modMMC::BuildRead10(lba, blocks));
 }
 
 inline Bytes TocCdb(bool msf, uint8_t format, uint8_t track, uint16_t allocation) {
-    Bytes cdb{0x43, static_cast<uint8_t>(msf ? 2 : 0), format, 0, 0, 0, track, 0, 0, 0};
-    PutBe(cdb, 7, allocation, 2);
-    return cdb;
+    return Cdb(modMMC::BuildReadTOCFormat(msf, format, track, allocation));
 }
 
 inline const Bytes kTestUnitReady{0, 0, 0, 0, 0, 0};

@@ -10,7 +10,7 @@
 
 using namespace plattmix::scsi;
 
-TEST(SgIo, RequestCarriesCdbLengthDirectionAndTimeOut) {
+TEST(SgIo, RequestCarriesTheGroupsCdbLengthDirectionAndTimeOut) {
     const std::vector<uint8_t> readCd = {0xBE, 0, 0, 0, 0, 0, 0, 0, 0x1B, 0x10, 0xEE, 0xEE};
     std::vector<uint8_t> buffer(27 * 2352);
     SgIoRequest r;
@@ -30,14 +30,13 @@ TEST(SgIo, RequestCarriesCdbLengthDirectionAndTimeOut) {
     }
     BuildSgIoRequest(r, std::vector<uint8_t>(6, 0), 6, 0, nullptr, 0, 5);
     EXPECT_EQ(r.header.dxfer_direction, SG_DXFER_NONE);
-}
 
-TEST(SgIo, ShortCommandsAreRaisedToTheirGroupsLength) {
+    // Short commands are raised to their group's length, never shortened.
     EXPECT_EQ(SentCdbLength(0x00, 6), 6);    // TEST UNIT READY
     EXPECT_EQ(SentCdbLength(0xBE, 10), 12);  // READ CD
     EXPECT_EQ(SentCdbLength(0xA8, 12), 12);  // READ(12)
     EXPECT_EQ(SentCdbLength(0x88, 10), 16);  // READ(16)
-    EXPECT_EQ(SentCdbLength(0x28, 12), 12);  // never shortened
+    EXPECT_EQ(SentCdbLength(0x28, 12), 12);
 }
 
 TEST(SgIo, StatusAndSenseFromTheKernelsAnswer) {

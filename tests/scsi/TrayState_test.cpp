@@ -1,14 +1,15 @@
-// The tray state: the decisions on literal sense and event bytes and the retries of TEST UNIT
-// READY against a scripted device. Real drives answer in the drive test bed, disc-image drives
-// in the cdaudio device's tests.
+// The tray state: the decisions on literal sense and event bytes that no drive here gives, and
+// the retries of TEST UNIT READY against the disc-image drive. Real drives answer in the drive
+// test bed, also for a missing medium, which is asked for the media event.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <deque>
+#include <fstream>
 #include <vector>
 
 #include "TrayNodeDevice.h"
 #include "TrayState.h"
+#include "common/ScratchFolder.h"
+#include "imagedrive/clsImageDrive.h"
 
 using namespace plattmix::scsi;
 
@@ -17,43 +18,11 @@ namespace {
 using Bytes = std::vector<uint8_t>;
 
 // Fixed-format sense: response code 70, the key at 2, the additional length, ASC 12, ASCQ 13.
-Bytes Sense(uint8_t key, uint8_t asc, uint8_t ascq) {
-    return {0x70, 0, key, 0, 0, 0, 0, 0x0A, 0, 0, 0, 0, asc, ascq};
-}
-
 TrayResult Checked(uint8_t key, uint8_t asc, uint8_t ascq) {
-    return MakeTrayResult(2, Sense(key, asc, ascq));
+    return MakeTrayResult(2, Bytes{0x70, 0, key, 0, 0, 0, 0, 0x0A, 0, 0, 0, 0, asc, ascq});
 }
 
 const TrayResult kGood = MakeTrayResult(0, {});
-
-// Answers each command with the next scripted result (and reply bytes), recording the blocks.
-class ScriptedDevice final : public ITrayDevice {
-  public:
-    struct Step {
-        TrayResult result;
-        Bytes reply;
-    };
-    std::deque<Step> script;
-    std::vector<Bytes> sent;
-
-    TrayResult Exec(std::span<const uint8_t> cdb, std::span<uint8_t> data) override {
-        sent.emplace_back(cdb.begin(), cdb.end());
-        if (script.empty())
-            return MakeTrayResult(2, {});
-        const Step step = script.front();
-        script.pop_front();
-        std::copy_n(step.reply.begin(), std::min(step.reply.size(), data.size()), data.begin());
-        return step.result;
-    }
-};
-
-struct Pauses {
-    std::vector<int> taken;
-    TrayPauseFn Fn() {
-        return [this](int ms) { taken.push_back(ms); };
-    }
-};
 
 }  // namespace
 
@@ -62,7 +31,6 @@ struct Pauses {
 TEST(TrayDecision, FromTheUnitReadyAnswer) {
     EXPECT_EQ(DecideFromUnitReady(Checked(2, 0x3A, 0x00)), TrayDecision::AskMediaEvent);
     EXPECT_EQ(DecideFromUnitReady(Checked(2, 0x3A, 0x03)), TrayDecision::Unknown);
-    EXPECT_EQ(DecideFromUnitReady(Checked(2, 0x04, 0x01)), TrayDecision::Unknown);
     EXPECT_EQ(DecideFromUnitReady(MakeTrayResult(2, {})), TrayDecision::Unknown);
     // A key byte with a flag bit; descriptor-format sense.
     EXPECT_EQ(DecideFromUnitReady(Checked(0x62, 0x3A, 0x02)), TrayDecision::Open);
@@ -70,58 +38,46 @@ TEST(TrayDecision, FromTheUnitReadyAnswer) {
               TrayDecision::Open);
 }
 
+// Open and closed trays' events come from real drives in the drive test bed.
 TEST(TrayDecision, FromTheMediaEvent) {
     // Event data length 6, media class, media status in byte 5: bit 0 tray open, bit 1 medium.
     const Bytes open{0x00, 0x06, 0x04, 0x54, 0x00, 0x01, 0x00, 0x00};
-    const Bytes closed{0x00, 0x06, 0x04, 0x54, 0x00, 0x02, 0x00, 0x00};
     const Bytes empty{0x00, 0x00, 0x04, 0x54, 0x00, 0x01, 0x00, 0x00};
-    EXPECT_EQ(TrayStateFromMediaEvent(kGood, open), 1);
-    EXPECT_EQ(TrayStateFromMediaEvent(kGood, closed), 0);
     EXPECT_EQ(TrayStateFromMediaEvent(kGood, empty), -1);
     EXPECT_EQ(TrayStateFromMediaEvent(Checked(5, 0x20, 0), open), -1);
     EXPECT_EQ(TrayStateFromMediaEvent(kGood, Bytes{0x00, 0x06, 0x04}), -1);
 }
 
-// Ready, no medium or an error: answered at once. Becoming ready: retried after a pause until a
-// retry is good, then asked once more, and that last answer counts. Medium changed: five
-// retries with pauses.
-TEST(TestUnitReadyRetry, RetriesAndPauses) {
-    const TrayResult becoming = Checked(2, 0x04, 0x01), changed = Checked(6, 0x28, 0x00);
-    const struct {
-        std::vector<TrayResult> answers;
-        TrayResult result;
-        size_t sent;
-        std::vector<int> pauses;
-    } cases[] = {
-        {{kGood, kGood}, kGood, 1, {}},
-        {{Checked(2, 0x3A, 0x00), kGood}, Checked(2, 0x3A, 0x00), 1, {}},
-        {{Checked(3, 0x11, 0x05), kGood}, Checked(3, 0x11, 0x05), 1, {}},
-        {{becoming, becoming, kGood, Checked(2, 0x3A, 0x02)}, Checked(2, 0x3A, 0x02), 4, {1000}},
-        {{changed, changed, changed, changed, changed, changed, kGood},
-         kGood,
-         7,
-         {1000, 1000, 1000, 1000, 1000}},
-    };
-    for (size_t i = 0; i < std::size(cases); ++i) {
-        SCOPED_TRACE(i);
-        ScriptedDevice device;
-        for (const TrayResult& answer : cases[i].answers)
-            device.script.push_back({answer, {}});
-        Pauses pauses;
-        EXPECT_EQ(TestUnitReadyRetry(device, pauses.Fn()), cases[i].result);
-        EXPECT_EQ(device.sent.size(), cases[i].sent);
-        EXPECT_EQ(device.sent[0], Bytes(6, 0));
-        EXPECT_EQ(pauses.taken, cases[i].pauses);
-    }
-}
+// After the tray closes the drive reports the medium change, then becoming ready as often as
+// it is told: retried after a pause each until a retry is good, five at most, then asked once
+// more, and that last answer counts.
+TEST(GetTrayState, RetriesWhileTheDriveBecomesReady) {
+    const auto iso = plattmix::test::ScratchFolder() / "disc.iso";
+    std::ofstream(iso, std::ios::binary) << std::string(4 * 2048, '\0');
+    imagedrive::clsImageDrive drive;
+    const std::string handle = drive.AddDrive(iso.string()).Value();
+    std::vector<int> pauses;
+    const TrayPauseFn pause = [&pauses](int ms) { pauses.push_back(ms); };
+    EXPECT_EQ(GetTrayState(drive, handle, pause), kTrayClosed);
+    ASSERT_TRUE(drive.OpenTray(handle));
+    EXPECT_EQ(GetTrayState(drive, handle, pause), kTrayOpen);
+    EXPECT_TRUE(pauses.empty());
 
-TEST(GetTrayState, NoMediumWithoutQualifierAsksForTheMediaEvent) {
-    ScriptedDevice device;
-    device.script = {{Checked(2, 0x3A, 0x00), {}},
-                     {kGood, Bytes{0x00, 0x06, 0x04, 0x54, 0x00, 0x01, 0x00, 0x00}}};
-    EXPECT_EQ(GetTrayState(device, {}), 1);
-    ASSERT_EQ(device.sent.size(), 2u);
-    EXPECT_EQ(device.sent[1][0], 0x4A);  // GET EVENT STATUS NOTIFICATION
+    const struct {
+        int becoming;
+        int16_t state;
+        std::vector<int> pauses;
+    } cases[] = {{0, kTrayClosed, {}},
+                 {2, kTrayClosed, {1000, 1000}},
+                 {9, kTrayUnknown, {1000, 1000, 1000, 1000, 1000}}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.becoming);
+        pauses.clear();
+        ASSERT_TRUE(drive.OpenTray(handle) && drive.SetBecomingReady(handle, c.becoming));
+        ASSERT_TRUE(drive.CloseTray(handle));
+        EXPECT_EQ(GetTrayState(drive, handle, pause), c.state);
+        EXPECT_EQ(pauses, c.pauses);
+    }
 }
 
 TEST(GetTrayState, NodePaths) {

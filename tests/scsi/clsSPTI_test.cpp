@@ -55,9 +55,8 @@ TEST_F(SptiTest, DrivesInNumericOrderOthersIgnored) {
     EXPECT_EQ(spti.LUN((root / "dev" / "SR2").string()), 1);
 }
 
+// No drive at all: the test bed's fall-back run. A drive whose node cannot be opened:
 TEST_F(SptiTest, NoDriveToOpenMeansNotInstalled) {
-    AddBlock("sda");
-    EXPECT_FALSE(Make().Installed());
     AddBlock("sr0", "0:0:0:0");
     fs::remove(root / "dev" / "sr0");
     clsSPTI spti = Make();

@@ -1,35 +1,11 @@
 #include <gtest/gtest.h>
 
-#include <array>
-
 #include "modMSF.h"
 
 using namespace plattmix::modMSF;
 
-// The shift and byte helpers are proved through the command blocks built with them.
-TEST(ModMSF, BytesToLong) {
-    EXPECT_EQ(BytesToLong(0x01, 0x02, 0x03, 0x04), 0x01020304u);
-    const std::array<uint8_t, 4> bytes{0xFF, 0xFF, 0xFF, 0xFE};
-    EXPECT_EQ(BytesToLong(bytes), 0xFFFFFFFEu);
-}
-
-TEST(ModMSF, MakeMSFFromTocAddresses) {
-    EXPECT_EQ(MakeMSF(0xEE, 3, 7, 1), (MSF{3, 7, 1}));  // the first of four is ignored
-    const std::array<uint8_t, 4> toc{0, 12, 34, 56};
-    EXPECT_EQ(MakeMSF(std::span<const uint8_t>(toc)), (MSF{12, 34, 56}));
-    const std::array<uint8_t, 3> three{12, 34, 56};
-    EXPECT_EQ(MakeMSF(std::span<const uint8_t>(three)), (MSF{12, 34, 56}));
-}
-
-TEST(ModMSF, TextsUseTwoDigitFields) {
-    EXPECT_EQ(MSFToString(MSF{3, 7, 0}), "03:07:00");
-    EXPECT_EQ(MSFToString(MSF{100, 59, 74}), "100:59:74");
-    EXPECT_EQ(ByteToBinary(4), "100");
-    EXPECT_EQ(ByteToBinary(0), "0");
-    EXPECT_EQ(ByteToBinary(0x14), "10100");
-    EXPECT_EQ(ByteToBinary(255), "11111111");
-}
-
+// The byte helpers and the texts are proved through the tables of contents and cue sheets read
+// in the track list's and the rips' tests.
 TEST(ModMSF, AddressArithmeticHasTheTwoSecondPregap) {
     EXPECT_EQ(MSFToFrames(MSF{0, 2, 0}), 150);
     EXPECT_EQ(MSFToLBA(MSF{0, 2, 0}), 0);

@@ -8,7 +8,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <string>
 
 namespace plattmix::test {
@@ -16,19 +15,12 @@ namespace plattmix::test {
 class PrivateBus {
   public:
     explicit PrivateBus(const std::filesystem::path& folder) {
-        const std::filesystem::path config = folder / "bus.conf";
-        std::ofstream(config)
-            << "<busconfig>\n  <type>custom</type>\n  <listen>unix:path="
-            << (folder / "bus").string()
-            << "</listen>\n  <auth>EXTERNAL</auth>\n  <policy context=\"default\">\n"
-               "    <allow user=\"*\"/>\n    <allow own=\"*\"/>\n"
-               "    <allow send_destination=\"*\"/>\n"
-               "    <allow receive_sender=\"*\"/>\n  </policy>\n</busconfig>\n";
-        // Once it listens, the daemon prints its address, then its process id.
+        // The session bus's rules (every name and call allowed) on a socket of its own. Once it
+        // listens, the daemon prints its address, then its process id.
         const std::string command =
-            "exec dbus-daemon --nofork --print-address=1 --print-pid=1 "
-            "--config-file='" +
-            config.string() + "' 2>/dev/null";
+            "exec dbus-daemon --session --nofork --print-address=1 --print-pid=1 "
+            "--address='unix:path=" +
+            (folder / "bus").string() + "' 2>/dev/null";
         output_ = popen(command.c_str(), "r");
         char line[512];
         if (output_ != nullptr && fgets(line, sizeof line, output_) != nullptr)

@@ -50,7 +50,7 @@ TEST_F(UdisksTest, WhatUdisksRefuses) {
               "Die ISO '" + image_ + "' konnte nicht als virtuelles Laufwerk geladen werden!");
     EXPECT_EQ(refused.messages[0].icon, MessageIcon::Exclamation);
     EXPECT_EQ(refused.detail, "LoopSetup: org.freedesktop.UDisks2.Error.NotAuthorized: scripted");
-    EXPECT_TRUE(udisks_.Loops().empty());
+    EXPECT_TRUE(udisks_.Backing().empty());
 
     // Attached, not mounted: told so, no link; detaching works as ever.
     udisks_.RefuseLoopSetup("");
@@ -60,7 +60,7 @@ TEST_F(UdisksTest, WhatUdisksRefuses) {
     EXPECT_EQ(unmountable.detail, "Mount: org.freedesktop.UDisks2.Error.Failed: scripted");
     EXPECT_FALSE(fs::exists(fs::symlink_status(link_)));
     EXPECT_EQ(UnmountIso(service_.get(), image_).outcome, DriveOutcome::Detached);
-    EXPECT_TRUE(udisks_.Loops().empty());
+    EXPECT_TRUE(udisks_.Backing().empty());
 }
 
 TEST_F(UdisksTest, TheLinksPlace) {
