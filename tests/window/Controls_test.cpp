@@ -12,6 +12,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 
+#include "DemoDisc.h"
 #include "TabStrip.h"
 #include "TrackListView.h"
 #include "VirtualDrive.h"
@@ -22,7 +23,8 @@ using namespace plattmix::window;
 using namespace plattmix::window::test;
 
 TEST_F(WindowTest, BurnModeAndMultisessionDecideTheBurningControls) {
-    frmMain* window = StartShownWith("AudioThreeTracks");
+    UseImages({WriteDisc("AudioThreeTracks", root / "disc")});
+    frmMain* window = StartShown();
     ASSERT_NE(window, nullptr);
     // Burning an ISO file has no compilation; without multisession the disc is always closed.
     window->TabStrip1->setCurrentIndex(kPageBurn);
@@ -36,7 +38,7 @@ TEST_F(WindowTest, BurnModeAndMultisessionDecideTheBurningControls) {
         EXPECT_EQ(window->Check4->isEnabled(), multisession);
         window->Check3->click();
     }
-    EXPECT_TRUE(boxes.boxes.empty());  // nothing unsaved on the burning page
+    EXPECT_TRUE(boxes.empty());  // nothing unsaved on the burning page
 }
 
 TEST_F(WindowTest, WithoutAServiceAttachingTellsWhyAndACancelledDialogDoesNothing) {
@@ -47,21 +49,23 @@ TEST_F(WindowTest, WithoutAServiceAttachingTellsWhyAndACancelledDialogDoesNothin
     ASSERT_NE(window, nullptr);
     window->TabStrip1->setCurrentIndex(kPageIso);
     window->Command15[0]->click();
-    EXPECT_TRUE(boxes.boxes.empty());
+    EXPECT_TRUE(boxes.empty());
 
     WriteFile(root / "quelle" / "a.txt", "a");
     const std::string image = MakeIsoImage(root / "quelle", "", root / "bild.iso");
-    dialogs.answers = {{QString::fromStdString(image)}};
+    dialogAnswers = {{QString::fromStdString(image)}};
     window->Command15[0]->click();
-    EXPECT_EQ(dialogs.requests.back().filter, QStringLiteral("ISO Dateien|*.iso"));
-    ASSERT_EQ(boxes.boxes.size(), 1u);
-    EXPECT_EQ(boxes.boxes[0].text.toStdString(), vdrive::NoServiceText());
+    EXPECT_EQ(dialogs.back().filter, QStringLiteral("ISO Dateien|*.iso"));
+    ASSERT_EQ(boxes.size(), 1u);
+    EXPECT_EQ(boxes[0].text.toStdString(), vdrive::NoServiceText());
 }
 
 // Each page shows its own controls and hides the others'; the way back to the ripping page
 // brings its controls back too.
 TEST_F(WindowTest, EachPageShowsItsControlsAndMakesAPicture) {
-    UseImages({DemoDiscIn(root / "demo")});
+    const auto demo = discgen::EnsureDisc(discgen::DemoDiscSpec(), root / "demo");
+    ASSERT_TRUE(demo.ok()) << demo.error;
+    UseImages({demo.value->string()});
     frmMain* window = StartShown();
     ASSERT_NE(window, nullptr);
     window->resize(860, 640);
@@ -78,5 +82,5 @@ TEST_F(WindowTest, EachPageShowsItsControlsAndMakesAPicture) {
         ASSERT_FALSE(picture.isNull());
         SavePicture(picture, QString::fromUtf8(names[page]));
     }
-    EXPECT_TRUE(boxes.boxes.empty());
+    EXPECT_TRUE(boxes.empty());
 }

@@ -47,8 +47,9 @@ class OnlinePerson : public WindowTest {
             {200, plattmix::test::MusicBrainzReply(
                       discId,
                       {{"rel-1", "Großes Album", "Kapelle", "1999", {"Eins", "Zwei", "Drei"}}})});
-        shell::WriteIni(Paths(), "Diskolo", "AccurateRip", server.Url());
-        shell::WriteIni(Paths(), "Diskolo", "MusicBrainzServer", server.Url());
+        shell::WriteIni(shell::ComputeSettingsPaths(), "Diskolo", "AccurateRip", server.Url());
+        shell::WriteIni(shell::ComputeSettingsPaths(), "Diskolo", "MusicBrainzServer",
+                        server.Url());
     }
 
     plattmix::test::LocalHttpServer server;
@@ -57,7 +58,7 @@ class OnlinePerson : public WindowTest {
 }  // namespace
 
 TEST_F(OnlinePerson, FoundTitlesAndVerdictsShowAndGoIntoTheFiles) {
-    shell::WriteIni(Paths(), "Diskolo", "MusicBrainz", "1");
+    shell::WriteIni(shell::ComputeSettingsPaths(), "Diskolo", "MusicBrainz", "1");
     frmMain* window = StartShown();
     ASSERT_NE(window, nullptr);
     EXPECT_TRUE(window->CheckMusicBrainz->isChecked());
