@@ -1,8 +1,7 @@
 // The three pages: the controls each shows, the burning page's own rules, the button that
 // attaches an image as a drive on a machine without a service for virtual drives (attaching
 // itself is tested against the kernel in the drive test bed), and the README's pictures of the
-// pages with the demo disc, written when the run asks for them (PLATTMIX_SCREENSHOT_OUT, set by
-// the run under a real X server, and PLATTMIX_SCREENSHOT_DIR for a folder of one's own).
+// pages with the demo disc, written when the run asks for them.
 #include <QCheckBox>
 #include <QComboBox>
 #include <QCoreApplication>
@@ -21,25 +20,6 @@
 using namespace plattmix;
 using namespace plattmix::window;
 using namespace plattmix::window::test;
-
-TEST_F(WindowTest, BurnModeAndMultisessionDecideTheBurningControls) {
-    UseImages({WriteDisc("AudioThreeTracks", root / "disc")});
-    frmMain* window = StartShown();
-    ASSERT_NE(window, nullptr);
-    // Burning an ISO file has no compilation; without multisession the disc is always closed.
-    window->TabStrip1->setCurrentIndex(kPageBurn);
-    window->OptNameBurn[1]->click();
-    EXPECT_TRUE(window->cmdOpen->isEnabled());
-    EXPECT_FALSE(window->Check3->isVisible() || window->Command11->isVisible());
-    window->OptNameBurn[0]->click();
-    EXPECT_FALSE(window->cmdOpen->isEnabled());
-    for (bool multisession : {false, true, false}) {
-        EXPECT_EQ(window->Check4->isChecked(), !multisession);
-        EXPECT_EQ(window->Check4->isEnabled(), multisession);
-        window->Check3->click();
-    }
-    EXPECT_TRUE(boxes.empty());  // nothing unsaved on the burning page
-}
 
 TEST_F(WindowTest, WithoutAServiceAttachingTellsWhyAndACancelledDialogDoesNothing) {
     UseImages({WriteDisc("TinyTracks", root / "disc")});
@@ -61,7 +41,7 @@ TEST_F(WindowTest, WithoutAServiceAttachingTellsWhyAndACancelledDialogDoesNothin
 }
 
 // Each page shows its own controls and hides the others'; the way back to the ripping page
-// brings its controls back too.
+// brings its controls back too. The burn mode and multisession decide the burning controls.
 TEST_F(WindowTest, EachPageShowsItsControlsAndMakesAPicture) {
     const auto demo = discgen::EnsureDisc(discgen::DemoDiscSpec(), root / "demo");
     ASSERT_TRUE(demo.ok()) << demo.error;
@@ -82,5 +62,18 @@ TEST_F(WindowTest, EachPageShowsItsControlsAndMakesAPicture) {
         ASSERT_FALSE(picture.isNull());
         SavePicture(picture, QString::fromUtf8(names[page]));
     }
-    EXPECT_TRUE(boxes.empty());
+
+    // Burning an ISO file has no compilation; without multisession the disc is always closed.
+    window->TabStrip1->setCurrentIndex(kPageBurn);
+    window->OptNameBurn[1]->click();
+    EXPECT_TRUE(window->cmdOpen->isEnabled());
+    EXPECT_FALSE(window->Check3->isVisible() || window->Command11->isVisible());
+    window->OptNameBurn[0]->click();
+    EXPECT_FALSE(window->cmdOpen->isEnabled());
+    for (bool multisession : {false, true, false}) {
+        EXPECT_EQ(window->Check4->isChecked(), !multisession);
+        EXPECT_EQ(window->Check4->isEnabled(), multisession);
+        window->Check3->click();
+    }
+    EXPECT_TRUE(boxes.empty());  // nothing unsaved on the burning page
 }
