@@ -14,8 +14,6 @@
 #include <fstream>
 #include <set>
 
-#include "DiscWriter.h"
-#include "Fixtures.h"
 #include "TabStrip.h"
 #include "TrackListView.h"
 #include "WindowTestSupport.h"
@@ -39,9 +37,7 @@ class RipPerson : public WindowTest {
   protected:
     void SetUp() override {
         WindowTest::SetUp();
-        const auto written = discgen::WriteDisc(discgen::AudioThreeTracks(), root / "disc");
-        ASSERT_TRUE(written.ok()) << written.error;
-        disc = *written.value;
+        disc = DiscOf("AudioThreeTracks", root / "disc");
         UseImages({disc.cuePath.string()});
         auto options = Options();
         options.window.audioSinks = plattmix::test::TestSinks(sound);

@@ -3,7 +3,6 @@
 #include <QDir>
 #include <fstream>
 
-#include "DiscWriter.h"
 #include "Fixtures.h"
 #include "IsoImage.h"
 #include "modProfile.h"
@@ -40,12 +39,16 @@ WindowTest::~WindowTest() {
     SetDialogAnswerer({});
 }
 
-std::string WriteDisc(const std::string& fixture, const std::filesystem::path& folder) {
+discgen::DiscDescription DiscOf(const std::string& fixture, const std::filesystem::path& folder) {
     const auto which = discgen::FixtureByName(fixture);
     EXPECT_TRUE(which.has_value()) << fixture;
     const auto written = discgen::WriteDisc(discgen::FixtureSpec(*which), folder);
     EXPECT_TRUE(written.ok()) << written.error;
-    return written.ok() ? written.value->cuePath.string() : std::string();
+    return written.ok() ? *written.value : discgen::DiscDescription();
+}
+
+std::string WriteDisc(const std::string& fixture, const std::filesystem::path& folder) {
+    return DiscOf(fixture, folder).cuePath.string();
 }
 
 void WriteFile(const std::filesystem::path& path, const std::string& text) {

@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "Dialogs.h"
+#include "DiscWriter.h"
 #include "MsgBox.h"
 #include "Startup.h"
 #include "clsSPTI.h"
@@ -34,7 +35,8 @@ struct RecordedBox {
     QString title;
 };
 
-// A disc written by the generator into folder; its CUE sheet.
+// A disc written by the generator into folder: what it holds, and its CUE sheet.
+discgen::DiscDescription DiscOf(const std::string& fixture, const std::filesystem::path& folder);
 std::string WriteDisc(const std::string& fixture, const std::filesystem::path& folder);
 
 // A scratch world for one start of the program: APPDATA, the lock, the language folder and a
