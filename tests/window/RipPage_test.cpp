@@ -11,7 +11,6 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
-#include <fstream>
 #include <set>
 
 #include "TabStrip.h"
@@ -210,10 +209,9 @@ TEST_F(RipPerson, StoppingDuringARipEndsItAtTheNextTrackAndKeepsTheWindow) {
     const QStringList stopped = {"Track01.wav -->Fertig", "Track02.wav -->Fertig", "Abbruch"};
     window->Check1->setChecked(true);  // a stopped job does not close the window
     ASSERT_TRUE(ImageDriveOf(*window).SetReadSpeed(FirstDrive(*window), 8));
-    int n = 0;
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
-        const fs::path target = root / ("Halt" + std::to_string(n++));
+        const fs::path target = root / c.what;
         Prepare(target);
         Choose(kAll);
         OnceWhen(
@@ -272,9 +270,8 @@ TEST_F(RipPerson, ARipKeepsWritingItsOwnRowsWhileAnotherPageIsShown) {
 
 TEST_F(RipPerson, EscapeTappedDuringTheListingOrACloseEndTheImageAsAnAbort) {
     const fs::path source = root / "Quelle";
-    fs::create_directories(source / "Unterordner");
-    for (const fs::path& file : {source / "a.bin", source / "Unterordner" / "b.bin"})
-        std::ofstream(file, std::ios::binary) << std::string(300000, 'x');
+    WriteFile(source / "a.bin", std::string(300000, 'x'));
+    WriteFile(source / "Unterordner" / "b.bin", std::string(300000, 'x'));
     TypeTarget(root / "Ziel");
     window->TabStrip1->setCurrentIndex(kPageIso);
     window->Text2->setText(QString::fromStdString(source.string()));
