@@ -15,7 +15,6 @@ using modProfile::GetPrivateProfileSection;
 using modProfile::GetPrivateProfileString;
 using modProfile::WritePrivateProfileSection;
 using modProfile::WritePrivateProfileString;
-using test::ReadBytes;
 using test::Utf16Le;
 using test::WriteBytes;
 using Lines = std::vector<std::string>;
@@ -108,12 +107,12 @@ TEST_F(ProfileTest, WritesKeepTheFilesEncoding) {
         const auto path = FileWith(c.before);
         EXPECT_EQ(Get(path, "A", "name"), c.read);
         ASSERT_TRUE(WritePrivateProfileString("A", "new", c.value, path));
-        EXPECT_EQ(ReadBytes(path), c.after);
+        EXPECT_EQ(test::WholeFile(path), c.after);
         EXPECT_EQ(Get(path, "A", "new"), c.value);
     }
     const auto created = (folder_ / "created.ini").string();
     ASSERT_TRUE(WritePrivateProfileString("A", "k", "v", created));
-    EXPECT_EQ(ReadBytes(created), "[A]\r\nk=v\r\n");
+    EXPECT_EQ(test::WholeFile(created), "[A]\r\nk=v\r\n");
 }
 
 TEST_F(ProfileTest, WritesChangeOnlyWhatTheyName) {
@@ -122,54 +121,53 @@ TEST_F(ProfileTest, WritesChangeOnlyWhatTheyName) {
     ASSERT_TRUE(WritePrivateProfileString("a", "K", "new", path));
     ASSERT_TRUE(WritePrivateProfileString("A", "added", "3", path));
     ASSERT_TRUE(WritePrivateProfileString("C", "z", "4", path));
-    EXPECT_EQ(ReadBytes(path), "; top\n[A]\nk=new\nx=1\nadded=3\n\n[B]\ny=2\n[b]\ny=3\n[C]\nz=4\n");
+    EXPECT_EQ(test::WholeFile(path),
+              "; top\n[A]\nk=new\nx=1\nadded=3\n\n[B]\ny=2\n[b]\ny=3\n[C]\nz=4\n");
     ASSERT_TRUE(WritePrivateProfileString("A", "x", std::nullopt, path));
     ASSERT_TRUE(WritePrivateProfileString("B", std::nullopt, std::nullopt, path));  // every copy
     ASSERT_TRUE(WritePrivateProfileString("Gone", "x", std::nullopt, path));
-    EXPECT_EQ(ReadBytes(path), "; top\n[A]\nk=new\nadded=3\n\n[C]\nz=4\n");
+    EXPECT_EQ(test::WholeFile(path), "; top\n[A]\nk=new\nadded=3\n\n[C]\nz=4\n");
 }
 
 TEST_F(ProfileTest, SectionWriteReplacesTheSection) {
     const auto path = FileWith("[List]\nold1\nold2=x\n; note\n\n[Keep]\nk=1\n");
     ASSERT_TRUE(WritePrivateProfileSection("LIST", {"/new/1/", "a=b", "", "after empty"}, path));
-    EXPECT_EQ(ReadBytes(path), "[List]\n/new/1/\na=b\n\n[Keep]\nk=1\n");
+    EXPECT_EQ(test::WholeFile(path), "[List]\n/new/1/\na=b\n\n[Keep]\nk=1\n");
     ASSERT_TRUE(WritePrivateProfileSection("Other", {"line"}, path));
     EXPECT_EQ(GetPrivateProfileSection("Other", path, 100), (Lines{"line"}));
     EXPECT_EQ(Get(path, "Keep", "k"), "1");
 }
 
-TEST_F(ProfileTest, DamagedFilesReadWhatCanBeRead) {
-    // Mark and an odd number of bytes: the last half character is left out.
-    const auto odd = FileWith(test::kUtf16Mark + Utf16Le(u"[A]\r\nk=v") + "\x41", "odd.ini");
-    EXPECT_EQ(Get(odd, "A", "k"), "v");
-    EXPECT_TRUE(WritePrivateProfileString("A", "k2", "w", odd));
-    EXPECT_EQ(Get(odd, "A", "k2"), "w");
-
-    const auto truncated = FileWith("[A]\nk=v\n[B", "truncated.ini");
-    EXPECT_EQ(Get(truncated, "A", "k"), "v");
-    EXPECT_EQ(Get(truncated, "B", "k"), "<none>");
-
-    const auto lone = FileWith(test::kUtf16Mark + Utf16Le(u"[A]\r\nk=\xD800x\r\n"), "lone.ini");
-    EXPECT_EQ(Get(lone, "A", "k"), "\xEF\xBF\xBDx");
-
-    const auto markOnly = FileWith("\xFE", "mark.ini");
-    EXPECT_EQ(Get(markOnly, "A", "k"), "<none>");
-}
-
-TEST_F(ProfileTest, BinaryJunkNeverStopsReadsOrWrites) {
+// A damaged file gives what can be read from it, takes writes and keeps the rest as it was.
+TEST_F(ProfileTest, DamagedFilesReadWhatCanBeReadAndTakeWrites) {
     const std::string junk = test::JunkBytes(10 * 1024 * 1024);
-    const auto path = FileWith(junk + "\n[Tail]\nk=found\n");
-    EXPECT_EQ(Get(path, "Tail", "k"), "found");
-    EXPECT_EQ(GetPrivateProfileSection("Tail", path, 32767), (Lines{"k=found"}));
-    ASSERT_TRUE(WritePrivateProfileString("Tail", "k2", "v", path));
-    EXPECT_EQ(Get(path, "Tail", "k2"), "v");
-    EXPECT_EQ(ReadBytes(path).substr(0, 1000), junk.substr(0, 1000));  // junk kept as it was
-
-    const auto utf16 = FileWith(test::kUtf16Mark + junk, "junk16.ini");
-    Get(utf16, "A", "k");
-    GetPrivateProfileSection("A", utf16, 32767);
-    EXPECT_TRUE(WritePrivateProfileString("A", "k", "v", utf16));
-    EXPECT_EQ(Get(utf16, "A", "k"), "v");
+    const struct {
+        const char* what;
+        std::string bytes;
+        const char* section;
+        const char* k;  // what k gives; nothing for anything
+    } cases[] = {
+        // The last half character is left out.
+        {"odd length", test::kUtf16Mark + Utf16Le(u"[A]\r\nk=v") + "\x41", "A", "v"},
+        {"cut in a section name", "[A]\nk=v\n[B", "B", "<none>"},
+        {"lone surrogate", test::kUtf16Mark + Utf16Le(u"[A]\r\nk=\xD800x\r\n"), "A",
+         "\xEF\xBF\xBDx"},
+        {"half a mark", "\xFE", "A", "<none>"},
+        {"UTF-16 junk", test::kUtf16Mark + junk, "A", nullptr},
+        {"junk before the section", junk + "\n[Tail]\nk=found\n", "Tail", "found"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        const auto path = FileWith(c.bytes);
+        if (c.k != nullptr) {
+            EXPECT_EQ(Get(path, c.section, "k"), c.k);
+        }
+        GetPrivateProfileSection(c.section, path, 32767);
+        ASSERT_TRUE(WritePrivateProfileString(c.section, "k2", "w", path));
+        EXPECT_EQ(Get(path, c.section, "k2"), "w");
+    }
+    // The junk before the section is kept as it was.
+    EXPECT_EQ(test::WholeFile(folder_ / "test.ini").substr(0, 1000), junk.substr(0, 1000));
 }
 
 TEST_F(ProfileTest, UnwritableTargetsAnswerFalse) {

@@ -10,7 +10,6 @@
 namespace plattmix::shell {
 namespace {
 
-using test::ReadBytes;
 using test::ScopedEnv;
 using test::WriteBytes;
 using Lines = std::vector<std::string>;
@@ -54,7 +53,7 @@ TEST_F(SettingsTest, ReadingLeavesADamagedSettingsFileAsItIs) {
         ReadIni(paths, "Diskolo", "Unload");
         Lines entries;
         LoadComboFromSection(paths, entries, "ComboBox1");
-        EXPECT_EQ(ReadBytes(paths.SettingsFile), bytes);
+        EXPECT_EQ(test::WholeFile(paths.SettingsFile), bytes);
     }
 }
 
@@ -67,7 +66,7 @@ TEST_F(SettingsTest, SettingsFileThatCannotBeMadeIsReportedButTheChoiceStays) {
 
 TEST_F(SettingsTest, FileNameRulesOfReadIniAndWriteIni) {
     const SettingsPaths paths = StartedPaths();
-    EXPECT_EQ(ReadBytes(paths.SettingsFile), "\xFF\xFE");  // the first start writes the mark
+    EXPECT_EQ(test::WholeFile(paths.SettingsFile), "\xFF\xFE");  // the first start writes the mark
     WriteIni(paths, "S", "k", "settings");
     EXPECT_EQ(ReadIni(paths, "S", "k", "abc"), "settings");  // shorter than 4: Diskolo.ini
     EXPECT_EQ(ReadIni(paths, "S", "k", "Opt.ini", "none"), "none");
@@ -91,20 +90,19 @@ TEST_F(SettingsTest, FileNameRulesOfReadIniAndWriteIni) {
     EXPECT_EQ(ReadIni(paths, "S", "long"), std::string(1023, 'w'));
 }
 
-TEST_F(SettingsTest, SectionWriteCreatesAMissingFileAsUnicode) {
+// A list section: a missing file is created as UTF-16 (not for an empty list); an empty list
+// leaves the saved one alone; loading appends to what the box holds.
+TEST_F(SettingsTest, ListSections) {
     const std::string file = appData_ + "/list.ini";
     std::filesystem::create_directories(appData_);
     WriteIniSection(file, "L", {});
     EXPECT_FALSE(std::filesystem::exists(file));
     WriteIniSection(file, "L", {"/a/", "/b/"});
-    EXPECT_EQ(ReadBytes(file), test::kUtf16Mark + test::Utf16Le(u"[L]\r\n/a/\r\n/b/\r\n"));
+    EXPECT_EQ(test::WholeFile(file), test::kUtf16Mark + test::Utf16Le(u"[L]\r\n/a/\r\n/b/\r\n"));
     EXPECT_EQ(ReadIniSection(file, "l"), (Lines{"/a/", "/b/"}));
-}
 
-TEST_F(SettingsTest, EmptyComboListKeepsTheSavedOne) {
     const SettingsPaths paths = StartedPaths();
     SaveComboToSection(paths, {"/m/1/", "/m/2/"}, "ComboBox1");
-    // An empty list leaves the saved one alone; loading appends to what the box holds.
     SaveComboToSection(paths, {}, "ComboBox1");
     Lines loaded{"kept"};
     LoadComboFromSection(paths, loaded, "ComboBox1");

@@ -1,8 +1,7 @@
-// Small file helpers for the shell tests: raw bytes in and out, UTF-16LE files made by hand
-// (not by the code under test), and an environment variable set for one test.
+// Small file helpers for the shell tests: raw bytes out, UTF-16LE files made by hand (not by
+// the code under test), and an environment variable set for one test.
 #pragma once
 
-#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -15,14 +14,6 @@ namespace plattmix::test {
 inline void WriteBytes(const std::filesystem::path& path, std::string_view bytes) {
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
     out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-}
-
-inline std::string ReadBytes(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary | std::ios::ate);
-    std::string bytes(static_cast<size_t>(std::max<std::streamoff>(in.tellg(), 0)), '\0');
-    in.seekg(0);
-    in.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    return bytes;
 }
 
 // UTF-16LE bytes of text, without a mark.
@@ -41,9 +32,8 @@ inline const std::string kUtf16Mark = "\xFF\xFE";
 class ScopedEnv {
   public:
     ScopedEnv(const char* name, const std::optional<std::string>& value) : name_(name) {
-        if (const char* old = std::getenv(name)) {
+        if (const char* old = std::getenv(name))
             old_ = old;
-        }
         Set(value);
     }
     ScopedEnv(const ScopedEnv&) = delete;
@@ -52,11 +42,10 @@ class ScopedEnv {
 
   private:
     void Set(const std::optional<std::string>& value) {
-        if (value) {
+        if (value)
             ::setenv(name_, value->c_str(), 1);
-        } else {
+        else
             ::unsetenv(name_);
-        }
     }
     const char* name_;
     std::optional<std::string> old_;

@@ -1,8 +1,7 @@
 // The three pages: the controls each shows, the burning page's own rules, the button that
 // attaches an image as a drive on a machine without a service for virtual drives (attaching
 // itself is tested against the kernel in the drive test bed), and the README's pictures of the
-// pages with the demo disc, written when the run asks for them (PLATTMIX_SCREENSHOT_OUT, set by
-// the run under a real X server, and PLATTMIX_SCREENSHOT_DIR for a folder of one's own).
+// pages with the demo disc, written when the run asks for them.
 #include <QCheckBox>
 #include <QComboBox>
 #include <QCoreApplication>
@@ -12,6 +11,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 
+#include "DemoDisc.h"
 #include "TabStrip.h"
 #include "TrackListView.h"
 #include "VirtualDrive.h"
@@ -21,24 +21,6 @@ using namespace plattmix;
 using namespace plattmix::window;
 using namespace plattmix::window::test;
 
-TEST_F(WindowTest, BurnModeAndMultisessionDecideTheBurningControls) {
-    frmMain* window = StartShownWith("AudioThreeTracks");
-    ASSERT_NE(window, nullptr);
-    // Burning an ISO file has no compilation; without multisession the disc is always closed.
-    window->TabStrip1->setCurrentIndex(kPageBurn);
-    window->OptNameBurn[1]->click();
-    EXPECT_TRUE(window->cmdOpen->isEnabled());
-    EXPECT_FALSE(window->Check3->isVisible() || window->Command11->isVisible());
-    window->OptNameBurn[0]->click();
-    EXPECT_FALSE(window->cmdOpen->isEnabled());
-    for (bool multisession : {false, true, false}) {
-        EXPECT_EQ(window->Check4->isChecked(), !multisession);
-        EXPECT_EQ(window->Check4->isEnabled(), multisession);
-        window->Check3->click();
-    }
-    EXPECT_TRUE(boxes.boxes.empty());  // nothing unsaved on the burning page
-}
-
 TEST_F(WindowTest, WithoutAServiceAttachingTellsWhyAndACancelledDialogDoesNothing) {
     UseImages({WriteDisc("TinyTracks", root / "disc")});
     auto options = Options();
@@ -47,21 +29,23 @@ TEST_F(WindowTest, WithoutAServiceAttachingTellsWhyAndACancelledDialogDoesNothin
     ASSERT_NE(window, nullptr);
     window->TabStrip1->setCurrentIndex(kPageIso);
     window->Command15[0]->click();
-    EXPECT_TRUE(boxes.boxes.empty());
+    EXPECT_TRUE(boxes.empty());
 
     WriteFile(root / "quelle" / "a.txt", "a");
     const std::string image = MakeIsoImage(root / "quelle", "", root / "bild.iso");
-    dialogs.answers = {{QString::fromStdString(image)}};
+    dialogAnswers = {{QString::fromStdString(image)}};
     window->Command15[0]->click();
-    EXPECT_EQ(dialogs.requests.back().filter, QStringLiteral("ISO Dateien|*.iso"));
-    ASSERT_EQ(boxes.boxes.size(), 1u);
-    EXPECT_EQ(boxes.boxes[0].text.toStdString(), vdrive::NoServiceText());
+    EXPECT_EQ(dialogs.back().filter, QStringLiteral("ISO Dateien|*.iso"));
+    ASSERT_EQ(boxes.size(), 1u);
+    EXPECT_EQ(boxes[0].text.toStdString(), vdrive::NoServiceText());
 }
 
 // Each page shows its own controls and hides the others'; the way back to the ripping page
-// brings its controls back too.
+// brings its controls back too. The burn mode and multisession decide the burning controls.
 TEST_F(WindowTest, EachPageShowsItsControlsAndMakesAPicture) {
-    UseImages({DemoDiscIn(root / "demo")});
+    const auto demo = discgen::EnsureDisc(discgen::DemoDiscSpec(), root / "demo");
+    ASSERT_TRUE(demo.ok()) << demo.error;
+    UseImages({demo.value->string()});
     frmMain* window = StartShown();
     ASSERT_NE(window, nullptr);
     window->resize(860, 640);
@@ -78,5 +62,18 @@ TEST_F(WindowTest, EachPageShowsItsControlsAndMakesAPicture) {
         ASSERT_FALSE(picture.isNull());
         SavePicture(picture, QString::fromUtf8(names[page]));
     }
-    EXPECT_TRUE(boxes.boxes.empty());
+
+    // Burning an ISO file has no compilation; without multisession the disc is always closed.
+    window->TabStrip1->setCurrentIndex(kPageBurn);
+    window->OptNameBurn[1]->click();
+    EXPECT_TRUE(window->cmdOpen->isEnabled());
+    EXPECT_FALSE(window->Check3->isVisible() || window->Command11->isVisible());
+    window->OptNameBurn[0]->click();
+    EXPECT_FALSE(window->cmdOpen->isEnabled());
+    for (bool multisession : {false, true, false}) {
+        EXPECT_EQ(window->Check4->isChecked(), !multisession);
+        EXPECT_EQ(window->Check4->isEnabled(), multisession);
+        window->Check3->click();
+    }
+    EXPECT_TRUE(boxes.empty());  // nothing unsaved on the burning page
 }

@@ -19,20 +19,6 @@ using namespace plattmix::window::test;
 
 namespace {
 
-class Translated : public WindowTest {
-  protected:
-    void SetUp() override {
-        WindowTest::SetUp();
-        UseImages({WriteDisc("AudioThreeTracks", root / "disc")});
-        std::filesystem::copy_file(PLATTMIX_SOURCE_LANGUAGES "/English.lng",
-                                   languages / "English.lng");
-    }
-    void ChooseLanguage(const std::string& name) {
-        shell::modProfile::WritePrivateProfileString("Pfad1", "Languages", name,
-                                                     SuiteOptionsFile().string());
-    }
-};
-
 // What a real question box showed, and whether a key answered it.
 struct ShownBox {
     QString yes, no;
@@ -68,7 +54,7 @@ void AnswerWithAlt(QWidget* window, Qt::Key key, ShownBox& shown) {
 // The captions follow the interface, and so do Qt's own texts: a real question box, answered
 // with the accelerator of its button, says "&Ja"/"&Nein" in German and Qt's "&Yes"/"&No" with
 // the English file.
-TEST_F(Translated, QtButtonsSpeakTheInterfaceLanguage) {
+TEST_F(WindowTest, QtButtonsSpeakTheInterfaceLanguage) {
     const struct {
         const char* language;
         const char* yes;
@@ -82,9 +68,12 @@ TEST_F(Translated, QtButtonsSpeakTheInterfaceLanguage) {
                   Qt::Key_J, Qt::Checked},
                  {"English", "&Yes", "&No", "    Burn CD  ", "All", "No disc in the drive",
                   Qt::Key_N, Qt::Unchecked}};
+    UseImages({WriteDisc("AudioThreeTracks", root / "disc")});
+    std::filesystem::copy_file(PLATTMIX_SOURCE_LANGUAGES "/English.lng", languages / "English.lng");
     for (const auto& c : cases) {
         SCOPED_TRACE(c.language);
-        ChooseLanguage(c.language);
+        shell::modProfile::WritePrivateProfileString(
+            "Pfad1", "Languages", c.language, shell::ComputeSettingsPaths().SuiteOptionsFile);
         startup.reset();
         frmMain* window = StartShown();
         ASSERT_NE(window, nullptr);
@@ -112,5 +101,5 @@ TEST_F(Translated, QtButtonsSpeakTheInterfaceLanguage) {
         window->cboDrv_Click();
         EXPECT_EQ(window->ExplorerListView1->EmptyListText(), QString::fromUtf8(c.emptyList));
     }
-    EXPECT_TRUE(boxes.boxes.empty());
+    EXPECT_TRUE(boxes.empty());
 }

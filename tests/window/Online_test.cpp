@@ -11,8 +11,6 @@
 #include "AccurateRipFile.h"
 #include "AccurateRipIds.h"
 #include "DiscId.h"
-#include "DiscWriter.h"
-#include "Fixtures.h"
 #include "MediaProbe.h"
 #include "TrackListView.h"
 #include "WindowTestSupport.h"
@@ -30,15 +28,14 @@ class OnlinePerson : public WindowTest {
   protected:
     void SetUp() override {
         WindowTest::SetUp();
-        const auto disc = discgen::WriteDisc(discgen::AudioThreeTracks(), root / "disc");
-        ASSERT_TRUE(disc.ok()) << disc.error;
-        UseImages({disc.value->cuePath.string()});
-        const auto response = discgen::AccurateRipResponseOf(*disc.value, 7);
+        const discgen::DiscDescription disc = DiscOf("AudioThreeTracks", root / "disc");
+        UseImages({disc.cuePath.string()});
+        const auto response = discgen::AccurateRipResponseOf(disc, 7);
         ASSERT_TRUE(response.ok()) << response.error;
         server.Set("/" + audiocd::AccurateRipRecordPath(response.value->ids),
                    {200, discgen::MakeAccurateRipFile({&*response.value, 1})});
         scsi::imagedrive::clsImageDrive drive;
-        const auto handle = drive.AddDrive(disc.value->cuePath.string());
+        const auto handle = drive.AddDrive(disc.cuePath.string());
         ASSERT_TRUE(handle.ok()) << handle.Error();
         const std::string discId = audiocd::MusicBrainzDiscId(
             *audiocd::DiscIdTocOf(audiocd::ReadTrackList(drive, handle.Value())));
@@ -47,8 +44,9 @@ class OnlinePerson : public WindowTest {
             {200, plattmix::test::MusicBrainzReply(
                       discId,
                       {{"rel-1", "Großes Album", "Kapelle", "1999", {"Eins", "Zwei", "Drei"}}})});
-        shell::WriteIni(Paths(), "Diskolo", "AccurateRip", server.Url());
-        shell::WriteIni(Paths(), "Diskolo", "MusicBrainzServer", server.Url());
+        shell::WriteIni(shell::ComputeSettingsPaths(), "Diskolo", "AccurateRip", server.Url());
+        shell::WriteIni(shell::ComputeSettingsPaths(), "Diskolo", "MusicBrainzServer",
+                        server.Url());
     }
 
     plattmix::test::LocalHttpServer server;
@@ -57,7 +55,7 @@ class OnlinePerson : public WindowTest {
 }  // namespace
 
 TEST_F(OnlinePerson, FoundTitlesAndVerdictsShowAndGoIntoTheFiles) {
-    shell::WriteIni(Paths(), "Diskolo", "MusicBrainz", "1");
+    shell::WriteIni(shell::ComputeSettingsPaths(), "Diskolo", "MusicBrainz", "1");
     frmMain* window = StartShown();
     ASSERT_NE(window, nullptr);
     EXPECT_TRUE(window->CheckMusicBrainz->isChecked());

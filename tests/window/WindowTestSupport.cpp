@@ -3,11 +3,8 @@
 #include <QDir>
 #include <fstream>
 
-#include "DemoDisc.h"
-#include "DiscWriter.h"
 #include "Fixtures.h"
 #include "IsoImage.h"
-#include "TrackListView.h"
 #include "modProfile.h"
 
 namespace plattmix::window::test {
@@ -27,12 +24,12 @@ T Next(std::deque<T>& queue, T none) {
 
 WindowTest::WindowTest() {
     SetMsgBoxAnswerer([this](const QString& text, MsgBoxStyle style, const QString& title) {
-        boxes.boxes.push_back({text, style, title});
-        return style == MsgBoxStyle::QuestionYesNo ? Next(boxes.answers, int{vbNo}) : int{vbOK};
+        boxes.push_back({text, style, title});
+        return style == MsgBoxStyle::QuestionYesNo ? Next(boxAnswers, int{vbNo}) : int{vbOK};
     });
     SetDialogAnswerer([this](DialogRequest& request) {
-        dialogs.requests.push_back(request);
-        return Next(dialogs.answers, QStringList());
+        dialogs.push_back(request);
+        return Next(dialogAnswers, QStringList());
     });
 }
 
@@ -42,28 +39,21 @@ WindowTest::~WindowTest() {
     SetDialogAnswerer({});
 }
 
-std::string WriteDisc(const std::string& fixture, const std::filesystem::path& folder) {
+discgen::DiscDescription DiscOf(const std::string& fixture, const std::filesystem::path& folder) {
     const auto which = discgen::FixtureByName(fixture);
     EXPECT_TRUE(which.has_value()) << fixture;
     const auto written = discgen::WriteDisc(discgen::FixtureSpec(*which), folder);
     EXPECT_TRUE(written.ok()) << written.error;
-    return written.ok() ? written.value->cuePath.string() : std::string();
+    return written.ok() ? *written.value : discgen::DiscDescription();
+}
+
+std::string WriteDisc(const std::string& fixture, const std::filesystem::path& folder) {
+    return DiscOf(fixture, folder).cuePath.string();
 }
 
 void WriteFile(const std::filesystem::path& path, const std::string& text) {
     std::filesystem::create_directories(path.parent_path());
     std::ofstream(path, std::ios::binary) << text;
-}
-
-std::string DemoDiscIn(const std::filesystem::path& folder) {
-    const auto disc = discgen::EnsureDisc(discgen::DemoDiscSpec(), folder);
-    EXPECT_TRUE(disc.ok()) << disc.error;
-    return disc.ok() ? disc.value->string() : std::string();
-}
-
-std::string DataDiscIn(const std::filesystem::path& folder) {
-    WriteFile(folder / "daten.iso", std::string(300 * 2048, '\0'));
-    return (folder / "daten.iso").string();
 }
 
 std::string MakeIsoImage(const std::filesystem::path& folder, const std::string& volume,
@@ -93,13 +83,6 @@ scsi::imagedrive::clsImageDrive& ImageDriveOf(frmMain& window) {
 std::string FirstDrive(frmMain& window) {
     int16_t first = 1;
     return ImageDriveOf(window).DriveHandle(first);
-}
-
-QStringList Results(frmMain& window) {
-    QStringList texts;
-    for (int row = 0; row < window.ExplorerListView1->topLevelItemCount(); ++row)
-        texts << window.ExplorerListView1->topLevelItem(row)->text(5);
-    return texts;
 }
 
 std::string WindowTest::Setting(const std::string& key) const {

@@ -18,9 +18,9 @@
 #include <vector>
 
 #include "Dialogs.h"
+#include "DiscWriter.h"
 #include "MsgBox.h"
 #include "Startup.h"
-#include "TransportChoice.h"
 #include "clsSPTI.h"
 #include "common/ScratchFolder.h"
 #include "frmMain.h"
@@ -35,19 +35,8 @@ struct RecordedBox {
     QString title;
 };
 
-// The message boxes shown, recorded instead; questions take the scripted answers (No when none).
-struct MsgBoxes {
-    std::vector<RecordedBox> boxes;
-    std::deque<int> answers;
-};
-
-// The dialogs asked for; each takes the next scripted paths (Cancel when none).
-struct DialogAnswers {
-    std::vector<DialogRequest> requests;
-    std::deque<QStringList> answers;
-};
-
-// A disc written by the generator into folder; its CUE sheet.
+// A disc written by the generator into folder: what it holds, and its CUE sheet.
+discgen::DiscDescription DiscOf(const std::string& fixture, const std::filesystem::path& folder);
 std::string WriteDisc(const std::string& fixture, const std::filesystem::path& folder);
 
 // A scratch world for one start of the program: APPDATA, the lock, the language folder and a
@@ -68,8 +57,6 @@ class WindowTest : public ::testing::Test {
     }
 
     std::filesystem::path SettingsFile() const { return appData / "Trovalis" / "Diskolo.ini"; }
-    std::filesystem::path SuiteOptionsFile() const { return appData / "Trovalis" / "Opt.ini"; }
-    shell::SettingsPaths Paths() const { return shell::ComputeSettingsPaths(); }
     // A value of the window's section in the settings file; "<fehlt>" when there is none.
     std::string Setting(const std::string& key) const;
 
@@ -112,11 +99,6 @@ class WindowTest : public ::testing::Test {
     }
 
     frmMain* StartShown() { return StartShown(Options()); }
-    // The same with the disc the generator writes for fixture in the image drive.
-    frmMain* StartShownWith(const std::string& fixture) {
-        UseImages({WriteDisc(fixture, root / "disc")});
-        return StartShown(Options());
-    }
 
     static void WaitForDriveList(frmMain& window) {
         if (!window.isLoading)
@@ -130,8 +112,13 @@ class WindowTest : public ::testing::Test {
     }
 
     std::filesystem::path root, appData, languages;
-    MsgBoxes boxes;
-    DialogAnswers dialogs;
+    // The message boxes shown, recorded instead; questions take the scripted answers (No when
+    // none).
+    std::vector<RecordedBox> boxes;
+    std::deque<int> boxAnswers;
+    // The dialogs asked for; each takes the next scripted paths (Cancel when none).
+    std::vector<DialogRequest> dialogs;
+    std::deque<QStringList> dialogAnswers;
     std::unique_ptr<Startup> startup;
 };
 
@@ -153,15 +140,8 @@ void OnceWhen(frmMain* window, Sender* sender, Signal signal, std::function<bool
 scsi::imagedrive::clsImageDrive& ImageDriveOf(frmMain& window);
 std::string FirstDrive(frmMain& window);
 
-// The "Ergebnis" column of every row.
-QStringList Results(frmMain& window);
-
 // Writes text into path, making its folders.
 void WriteFile(const std::filesystem::path& path, const std::string& text);
-// The demo disc, generated into folder.
-std::string DemoDiscIn(const std::filesystem::path& folder);
-// An image of a data disc: an ISO file of zeroed sectors.
-std::string DataDiscIn(const std::filesystem::path& folder);
 // An ISO image of folder named volume, made by the image job.
 std::string MakeIsoImage(const std::filesystem::path& folder, const std::string& volume,
                          const std::filesystem::path& image);
