@@ -34,28 +34,21 @@ namespace {
 using Bytes = std::vector<uint8_t>;
 constexpr std::ptrdiff_t kSector = 2352;
 
-// A generated disc (AudioThreeTracks unless a test loads another) in an image drive (owned here,
-// or by a shared transport), with a cdaudio device on it whose audio goes into a test sink.
-// Alias "cd" is open in milliseconds.
+// A generated disc (AudioThreeTracks unless a test loads another) in an image drive, with a
+// cdaudio device on it whose audio goes into a test sink. Alias "cd" is open in milliseconds.
 class CdAudioTest : public ::testing::Test {
   protected:
     void SetUp() override { Load(discgen::AudioThreeTracks()); }
 
-    void Load(const discgen::DiscSpec& spec, bool sharedTransport = false) {
+    void Load(const discgen::DiscSpec& spec) {
         cd.reset();
         // A folder with a blank: every command names the drive in quotes.
         auto written = discgen::WriteDisc(spec, test::ScratchFolder() / "Meine Musik");
         ASSERT_TRUE(written.ok()) << written.error;
         disc = *written.value;
-        owned = std::make_unique<clsImageDrive>();
-        drive = owned.get();
+        drive = std::make_unique<clsImageDrive>();
         handle = drive->AddDrive(disc.cuePath.string()).Value();
-        scsi::ISCSI* transport = drive;
-        if (sharedTransport) {
-            shared = std::make_unique<audiocd::CdAudioSharedTransport>(std::move(owned));
-            transport = shared.get();
-        }
-        cd = std::make_unique<CdAudio>(*transport, test::TestSinks(sink));
+        cd = std::make_unique<CdAudio>(*drive, test::TestSinks(sink));
         ASSERT_TRUE(Send("open " + audiocd::MciQuote(handle + ":") +
                          " alias cd wait shareable type cdaudio")
                         .ok());
@@ -77,9 +70,7 @@ class CdAudioTest : public ::testing::Test {
     }
 
     discgen::DiscDescription disc;
-    std::unique_ptr<clsImageDrive> owned;
-    clsImageDrive* drive = nullptr;
-    std::unique_ptr<scsi::ISCSI> shared;
+    std::unique_ptr<clsImageDrive> drive;
     std::string handle;
     std::shared_ptr<test::SinkRecord> sink = std::make_shared<test::SinkRecord>();
     std::unique_ptr<CdAudio> cd;
@@ -234,17 +225,18 @@ TEST_F(CdAudioTest, AnEnhancedDiscsAudioEndsBeforeTheSessionGap) {
 }
 
 TEST_F(CdAudioTest, TheWindowReadsTheDiscWhileTheWorkerPlays) {
-    Load(discgen::AudioThreeTracks(), true);
-    auto& sharedTransport = static_cast<audiocd::CdAudioSharedTransport&>(*shared);
-    ASSERT_TRUE(Send("play cd from 2000").ok());
-    while (Result("status cd mode") == "playing")
+    cd.reset();  // the drive moves into the shared transport
+    std::string emptyHandle = drive->AddDrive("").Value();
+    audiocd::CdAudioSharedTransport sharedTransport(std::move(drive));
+    CdAudio worker(sharedTransport, test::TestSinks(sink));
+    ASSERT_TRUE(worker.SendString("open " + audiocd::MciQuote(handle) + " alias w").ok());
+    ASSERT_TRUE(worker.SendString("play w from 00:02:00").ok());
+    while (worker.SendString("status w mode").result == "playing")
         EXPECT_EQ(audiocd::ReadTrackList(sharedTransport, handle).rows.size(), 3u);
     EXPECT_TRUE(sink->Bytes() == FromFile(0, kLeadOut));
-    EXPECT_TRUE(cd->PlaybackError("cd").empty());
+    EXPECT_TRUE(worker.PlaybackError("w").empty());
 
     // Each thread reads back the sense of its own last command.
-    const auto empty = drive->AddDrive("");
-    std::string emptyHandle = empty.Value();
     EXPECT_NE(modMMC::TestUnitReady(sharedTransport, emptyHandle), 0);
     std::thread other([&] {
         std::string mine = handle;

@@ -11,11 +11,8 @@
 #include "Fixtures.h"
 #include "RipRig.h"
 #include "common/CdTextCrc.h"
-#include "common/ScratchFolder.h"
-#include "imagedrive/clsImageDrive.h"
 
 using namespace plattmix;
-using scsi::imagedrive::clsImageDrive;
 
 namespace {
 
@@ -99,11 +96,9 @@ TEST(ReadCdText, GeneratedDiscsGiveTheAlbumAndEveryTrack) {
         "ber die Heide, gesammelt und gesungen \xE2\x82\xAC";
     spec.tracks[2].title = spec.tracks[1].title;
     spec.tracks[2].performer = "";
-    const auto disc = test::WrittenDisc(spec, test::ScratchFolder());
-    clsImageDrive drive;
-    const auto handle = drive.AddDrive(disc.cuePath.string());
-    ASSERT_TRUE(handle.ok()) << handle.Error();
-    const auto text = audiocd::ReadCdText(drive, handle.Value());
+    test::RipRig rig(spec);
+    const auto& disc = rig.disc;
+    const auto text = audiocd::ReadCdText(rig.drive, rig.params.handle);
     ASSERT_TRUE(text.has_value());
     EXPECT_EQ(text->albumTitle,
               "Lieder \xC3\xBC"
@@ -120,5 +115,5 @@ TEST(ReadCdText, GeneratedDiscsGiveTheAlbumAndEveryTrack) {
     EXPECT_EQ(text->titles, titles);
     EXPECT_EQ(text->performers, performers);
 
-    EXPECT_FALSE(audiocd::ReadCdText(drive, "no such drive").has_value());
+    EXPECT_FALSE(audiocd::ReadCdText(rig.drive, "no such drive").has_value());
 }
