@@ -87,7 +87,7 @@ std::vector<uint8_t> Bytes(const std::string& text) {
     return {text.begin(), text.end()};
 }
 
-TEST(AccurateRipRecord, ReadsEveryResponseLittleEndian) {
+TEST(AccurateRipRecord, ReadsEveryResponseLittleEndianAndRefusesDamage) {
     const std::vector<uint8_t> oneResponse = {
         0x02, 0x6a, 0x68, 0x0e, 0x00, 0xb8, 0x4e, 0x8a, 0x00, 0x0c, 0x1a, 0x08, 0x84,  // header
         0x0c, 0xd9, 0x1e, 0xf6, 0xe5, 0x01, 0x02, 0x03, 0x04,  // track 1: 12, e5f61ed9
@@ -105,24 +105,21 @@ TEST(AccurateRipRecord, ReadsEveryResponseLittleEndian) {
     EXPECT_EQ(tracks[1].confidence, 200);
     // The generator's file, which the secure mode's tests serve, is the same bytes.
     EXPECT_EQ(Bytes(discgen::MakeAccurateRipFile(record.responses)), twoResponses);
-}
 
-TEST(AccurateRipRecord, DamagedRepliesAreRefusedAsAWhole) {
-    const AccurateRipResponse response{kDisc, {{3, 1, 2}, {4, 5, 6}}};
-    const std::vector<uint8_t> good = Bytes(discgen::MakeAccurateRipFile({&response, 1}));
-    std::vector<uint8_t> cut(good.begin(), good.end() - 1);
-    std::vector<uint8_t> trailing = good;
+    // A damaged reply, or one for another disc, is refused as a whole.
+    const std::vector<uint8_t> cut(twoResponses.begin(), twoResponses.end() - 1);
+    std::vector<uint8_t> trailing = twoResponses;
     trailing.push_back(0);
     AccurateRipIds other = kDisc;
     other.id2 += 1;
     for (const auto& [bytes, ids] : {std::pair{Bytes("<html>Not here</html>"), kDisc},
                                      {cut, kDisc},
                                      {trailing, kDisc},
-                                     {good, other}}) {
-        const AccurateRipRecord record = ParseAccurateRipRecord(bytes, ids);
-        EXPECT_FALSE(record.Found());
-        EXPECT_TRUE(record.responses.empty());
-        EXPECT_EQ(record.error, kAccurateRipDamaged);
+                                     {twoResponses, other}}) {
+        const AccurateRipRecord damaged = ParseAccurateRipRecord(bytes, ids);
+        EXPECT_FALSE(damaged.Found());
+        EXPECT_TRUE(damaged.responses.empty());
+        EXPECT_EQ(damaged.error, kAccurateRipDamaged);
     }
 }
 
