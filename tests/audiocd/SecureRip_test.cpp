@@ -60,8 +60,7 @@ struct SecureRig : test::RipRig {
         return Written("Track0" + std::to_string(position) + ".wav") == expected;
     }
     std::string Text(const std::string& name) const {
-        const auto bytes = Written(name);
-        return {bytes.begin(), bytes.end()};
+        return test::WholeFile(folder / "out" / name);
     }
 };
 
