@@ -14,11 +14,10 @@
 #include "CdAudioErrors.h"
 #include "CdAudioSharedTransport.h"
 #include "CdAudioTestSink.h"
-#include "DiscWriter.h"
 #include "Fixtures.h"
+#include "RipRig.h"
 #include "TrackList.h"
 #include "TrayState.h"
-#include "common/ScratchFolder.h"
 #include "imagedrive/clsImageDrive.h"
 #include "modMMC.h"
 
@@ -43,9 +42,7 @@ class CdAudioTest : public ::testing::Test {
     void Load(const discgen::DiscSpec& spec) {
         cd.reset();
         // A folder with a blank: every command names the drive in quotes.
-        auto written = discgen::WriteDisc(spec, test::ScratchFolder() / "Meine Musik");
-        ASSERT_TRUE(written.ok()) << written.error;
-        disc = *written.value;
+        disc = test::WrittenDisc(spec, test::ScratchFolder() / "Meine Musik");
         drive = std::make_unique<clsImageDrive>();
         handle = drive->AddDrive(disc.cuePath.string()).Value();
         cd = std::make_unique<CdAudio>(*drive, test::TestSinks(sink));
