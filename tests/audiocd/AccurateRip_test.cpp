@@ -65,31 +65,29 @@ std::vector<int32_t> Lbas(std::vector<int32_t> withLeadIn) {
     return withLeadIn;
 }
 
-TEST(AccurateRipIds, EnhancedCdUsesTheWholeDiscsLeadOutAndCountsTheDataTrackForFreedb) {
-    const auto audio =
-        Lbas({150, 12767, 40487, 63225, 93410, 118115, 151865, 184340, 215260, 247455});
+// An Enhanced CD takes the whole disc's lead-out and counts its data track for the FreeDB part; a
+// mixed-mode CD leaves its data track out of the AccurateRip parts.
+TEST(AccurateRipIds, PublishedEnhancedAndMixedModeDiscs) {
+    auto audio = Lbas({150, 12767, 40487, 63225, 93410, 118115, 151865, 184340, 215260, 247455});
     auto all = audio;
     all.push_back(281735 - 150);
-    const AccurateRipIds ids = ComputeAccurateRipIds(audio, all, 333801 - 150);
-    EXPECT_EQ(AccurateRipIdText(ids), "010-00164419-00b9f6e2-9e11600b");
-    EXPECT_EQ(AccurateRipRecordPath(ids), "9/1/4/dBAR-010-00164419-00b9f6e2-9e11600b.bin");
-}
+    const AccurateRipIds enhanced = ComputeAccurateRipIds(audio, all, 333801 - 150);
+    EXPECT_EQ(AccurateRipIdText(enhanced), "010-00164419-00b9f6e2-9e11600b");
+    EXPECT_EQ(AccurateRipRecordPath(enhanced), "9/1/4/dBAR-010-00164419-00b9f6e2-9e11600b.bin");
 
-TEST(AccurateRipIds, MixedModeCdLeavesTheDataTrackOutOfTheAccurateRipIds) {
-    const auto all =
-        Lbas({150,    66728,  76502,  85963,  93760,  104048, 116066, 124743, 134206, 142916,
-              151852, 160720, 169425, 178731, 188459, 196711, 206354, 214845, 223686, 225746,
-              226384, 232668, 239447, 239931, 244989, 254264, 260066, 261222, 261674});
-    const std::vector<int32_t> audio(all.begin() + 1, all.end());
-    const AccurateRipIds ids = ComputeAccurateRipIds(audio, all, 261976 - 150);
-    EXPECT_EQ(AccurateRipIdText(ids), "028-00517a54-05a845d2-af0da31d");
+    all = Lbas({150,    66728,  76502,  85963,  93760,  104048, 116066, 124743, 134206, 142916,
+                151852, 160720, 169425, 178731, 188459, 196711, 206354, 214845, 223686, 225746,
+                226384, 232668, 239447, 239931, 244989, 254264, 260066, 261222, 261674});
+    audio.assign(all.begin() + 1, all.end());
+    EXPECT_EQ(AccurateRipIdText(ComputeAccurateRipIds(audio, all, 261976 - 150)),
+              "028-00517a54-05a845d2-af0da31d");
 }
 
 std::vector<uint8_t> Bytes(const std::string& text) {
     return {text.begin(), text.end()};
 }
 
-TEST(AccurateRipRecord, ReadsEveryResponseLittleEndian) {
+TEST(AccurateRipRecord, ReadsEveryResponseLittleEndianAndRefusesDamage) {
     const std::vector<uint8_t> oneResponse = {
         0x02, 0x6a, 0x68, 0x0e, 0x00, 0xb8, 0x4e, 0x8a, 0x00, 0x0c, 0x1a, 0x08, 0x84,  // header
         0x0c, 0xd9, 0x1e, 0xf6, 0xe5, 0x01, 0x02, 0x03, 0x04,  // track 1: 12, e5f61ed9
@@ -107,24 +105,21 @@ TEST(AccurateRipRecord, ReadsEveryResponseLittleEndian) {
     EXPECT_EQ(tracks[1].confidence, 200);
     // The generator's file, which the secure mode's tests serve, is the same bytes.
     EXPECT_EQ(Bytes(discgen::MakeAccurateRipFile(record.responses)), twoResponses);
-}
 
-TEST(AccurateRipRecord, DamagedRepliesAreRefusedAsAWhole) {
-    const AccurateRipResponse response{kDisc, {{3, 1, 2}, {4, 5, 6}}};
-    const std::vector<uint8_t> good = Bytes(discgen::MakeAccurateRipFile({&response, 1}));
-    std::vector<uint8_t> cut(good.begin(), good.end() - 1);
-    std::vector<uint8_t> trailing = good;
+    // A damaged reply, or one for another disc, is refused as a whole.
+    const std::vector<uint8_t> cut(twoResponses.begin(), twoResponses.end() - 1);
+    std::vector<uint8_t> trailing = twoResponses;
     trailing.push_back(0);
     AccurateRipIds other = kDisc;
     other.id2 += 1;
     for (const auto& [bytes, ids] : {std::pair{Bytes("<html>Not here</html>"), kDisc},
                                      {cut, kDisc},
                                      {trailing, kDisc},
-                                     {good, other}}) {
-        const AccurateRipRecord record = ParseAccurateRipRecord(bytes, ids);
-        EXPECT_FALSE(record.Found());
-        EXPECT_TRUE(record.responses.empty());
-        EXPECT_EQ(record.error, kAccurateRipDamaged);
+                                     {twoResponses, other}}) {
+        const AccurateRipRecord damaged = ParseAccurateRipRecord(bytes, ids);
+        EXPECT_FALSE(damaged.Found());
+        EXPECT_TRUE(damaged.responses.empty());
+        EXPECT_EQ(damaged.error, kAccurateRipDamaged);
     }
 }
 

@@ -2,6 +2,7 @@
 // back piece by piece so that a test sees the position at a known point.
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <memory>
@@ -24,10 +25,10 @@ class SinkRecord {
         std::lock_guard guard(lock_);
         return bytes_;
     }
-    int Opens() const { return Read(opens_); }
-    int Drains() const { return Read(drains_); }
-    int Drops() const { return Read(drops_); }
-    int Writes() const { return Read(writes_); }
+    int Opens() const { return opens_; }
+    int Drains() const { return drains_; }
+    int Drops() const { return drops_; }
+    int Writes() const { return writes_; }
 
     // From now on, only this many more writes get through; the next waits (or gives up on a
     // stop).
@@ -52,11 +53,6 @@ class SinkRecord {
     friend class TestSink;
     static constexpr auto kPatience = std::chrono::seconds(30);
 
-    int Read(const int& value) const {
-        std::lock_guard guard(lock_);
-        return value;
-    }
-
     std::string Write(std::span<const uint8_t> bytes, std::stop_token stop) {
         std::unique_lock guard(lock_);
         ++calls_;
@@ -70,31 +66,27 @@ class SinkRecord {
         changed_.notify_all();
         return {};
     }
-    void Count(int& counter) {
-        std::lock_guard guard(lock_);
-        ++counter;
-        changed_.notify_all();
-    }
 
     mutable std::mutex lock_;
     std::condition_variable_any changed_;
     std::vector<uint8_t> bytes_;
     std::optional<int> allowed_;
-    int calls_ = 0, writes_ = 0, opens_ = 0, drains_ = 0, drops_ = 0;
+    int calls_ = 0;
+    std::atomic<int> writes_ = 0, opens_ = 0, drains_ = 0, drops_ = 0;
 };
 
 class TestSink final : public audiocd::IAudioSink {
   public:
     explicit TestSink(std::shared_ptr<SinkRecord> record) : record_(std::move(record)) {}
     std::string Open() override {
-        record_->Count(record_->opens_);
+        ++record_->opens_;
         return record_->openError;
     }
     std::string Write(std::span<const uint8_t> bytes, std::stop_token stop) override {
         return record_->Write(bytes, stop);
     }
-    void Drain() override { record_->Count(record_->drains_); }
-    void Drop() override { record_->Count(record_->drops_); }
+    void Drain() override { ++record_->drains_; }
+    void Drop() override { ++record_->drops_; }
 
   private:
     std::shared_ptr<SinkRecord> record_;

@@ -3,8 +3,6 @@
 // failure leaves; positions in its command strings.
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <thread>
@@ -16,11 +14,10 @@
 #include "CdAudioErrors.h"
 #include "CdAudioSharedTransport.h"
 #include "CdAudioTestSink.h"
-#include "DiscWriter.h"
 #include "Fixtures.h"
+#include "RipRig.h"
 #include "TrackList.h"
 #include "TrayState.h"
-#include "common/ScratchFolder.h"
 #include "imagedrive/clsImageDrive.h"
 #include "modMMC.h"
 
@@ -36,28 +33,19 @@ namespace {
 using Bytes = std::vector<uint8_t>;
 constexpr std::ptrdiff_t kSector = 2352;
 
-// A generated disc (AudioThreeTracks unless a test loads another) in an image drive (owned here,
-// or by a shared transport), with a cdaudio device on it whose audio goes into a test sink.
-// Alias "cd" is open in milliseconds.
+// A generated disc (AudioThreeTracks unless a test loads another) in an image drive, with a
+// cdaudio device on it whose audio goes into a test sink. Alias "cd" is open in milliseconds.
 class CdAudioTest : public ::testing::Test {
   protected:
     void SetUp() override { Load(discgen::AudioThreeTracks()); }
 
-    void Load(const discgen::DiscSpec& spec, bool sharedTransport = false) {
+    void Load(const discgen::DiscSpec& spec) {
         cd.reset();
         // A folder with a blank: every command names the drive in quotes.
-        auto written = discgen::WriteDisc(spec, test::ScratchFolder() / "Meine Musik");
-        ASSERT_TRUE(written.ok()) << written.error;
-        disc = *written.value;
-        owned = std::make_unique<clsImageDrive>();
-        drive = owned.get();
+        disc = test::WrittenDisc(spec, test::ScratchFolder() / "Meine Musik");
+        drive = std::make_unique<clsImageDrive>();
         handle = drive->AddDrive(disc.cuePath.string()).Value();
-        scsi::ISCSI* transport = drive;
-        if (sharedTransport) {
-            shared = std::make_unique<audiocd::CdAudioSharedTransport>(std::move(owned));
-            transport = shared.get();
-        }
-        cd = std::make_unique<CdAudio>(*transport, test::TestSinks(sink));
+        cd = std::make_unique<CdAudio>(*drive, test::TestSinks(sink));
         ASSERT_TRUE(Send("open " + audiocd::MciQuote(handle + ":") +
                          " alias cd wait shareable type cdaudio")
                         .ok());
@@ -74,15 +62,12 @@ class CdAudioTest : public ::testing::Test {
 
     // The bytes of sectors [from, to) straight from the disc's first file, which starts at LBA 0.
     Bytes FromFile(int32_t from, int32_t to) const {
-        std::ifstream in(disc.files[0].path, std::ios::binary);
-        const Bytes all(std::istreambuf_iterator<char>(in), {});
+        const std::string all = test::WholeFile(disc.files[0].path);
         return Bytes(all.begin() + from * kSector, all.begin() + to * kSector);
     }
 
     discgen::DiscDescription disc;
-    std::unique_ptr<clsImageDrive> owned;
-    clsImageDrive* drive = nullptr;
-    std::unique_ptr<scsi::ISCSI> shared;
+    std::unique_ptr<clsImageDrive> drive;
     std::string handle;
     std::shared_ptr<test::SinkRecord> sink = std::make_shared<test::SinkRecord>();
     std::unique_ptr<CdAudio> cd;
@@ -169,11 +154,8 @@ TEST_F(CdAudioTest, WrongCommandsChangeNothing) {
     EXPECT_EQ(Send("status cd mode").error, audiocd::kCdAudioNotOpen);
 }
 
-TEST_F(CdAudioTest, DataTracksAndMissingDiscs) {
-    Load(discgen::DataTrackFirst());
-    EXPECT_EQ(Send("play cd from 2000").error, audiocd::kCdAudioNotAudio);
-    EXPECT_EQ(sink->Opens(), 0);
-
+// (A data track: the Enhanced CD's test.)
+TEST_F(CdAudioTest, AnEmptyDriveIsNotReady) {
     const auto empty = drive->AddDrive("");
     ASSERT_TRUE(Send("open " + empty.Value() + ": alias leer").ok());
     EXPECT_EQ(Send("play leer from 2000").error, audiocd::kCdAudioNotReady);
@@ -200,32 +182,27 @@ TEST_F(CdAudioTest, AFailureWhilePlayingEndsThePlaybackAndIsKept) {
     EXPECT_EQ(cd->PlaybackError("cd"), "Keine Audioausgabe verfügbar. (Gerät entfernt)");
 }
 
-TEST_F(CdAudioTest, SetDoorMovesTheTrayAndStopsThePlayer) {
+// "set door" stops the player and moves the tray; the door button's way shows why it could not.
+TEST_F(CdAudioTest, TheDoorMovesTheTrayStopsThePlayerAndShowsWhyNot) {
     sink->Hold(0);
     ASSERT_TRUE(Send("play cd from 2000").ok());
     ASSERT_TRUE(sink->WaitForCalls(1));
     ASSERT_TRUE(Send("set cd door open").ok());
     EXPECT_EQ(sink->Drops(), 1);
-    EXPECT_TRUE(drive->IsTrayOpen(handle));
     EXPECT_EQ(Result("status cd mode"), "open");
     EXPECT_EQ(scsi::GetTrayState(*drive, handle), 1);
-    ASSERT_TRUE(Send("set cd door closed").ok());
-    EXPECT_FALSE(drive->IsTrayOpen(handle));
-}
-
-TEST_F(CdAudioTest, MovesTheImageDrivesDoorAndShowsWhyNot) {
-    std::vector<std::string> boxes;
-    cd->SetErrorBox([&](const std::string& text) { boxes.push_back(text); });
-    EXPECT_TRUE(audiocd::OpenCloseCD(*cd, handle, true));
-    EXPECT_TRUE(drive->IsTrayOpen(handle));
     EXPECT_TRUE(audiocd::OpenCloseCD(*cd, handle, false));
     EXPECT_FALSE(drive->IsTrayOpen(handle));
+
+    std::vector<std::string> boxes;
+    cd->SetErrorBox([&](const std::string& text) { boxes.push_back(text); });
     EXPECT_FALSE(audiocd::OpenCloseCD(*cd, "/dev/plattmix-sr9", true));
     // A door that does not move still frees its alias, or the next press would fail at "Open".
     drive->TimeOutNextCommands(handle, 1);
     EXPECT_FALSE(audiocd::OpenCloseCD(*cd, handle, true));
     EXPECT_NE(modMMC::TestUnitReady(*drive, handle), 0);  // the time-out's unit attention
     EXPECT_TRUE(audiocd::OpenCloseCD(*cd, handle, true));
+    EXPECT_TRUE(drive->IsTrayOpen(handle));
     EXPECT_EQ(boxes,
               (std::vector<std::string>{"Dieses Laufwerk gibt es nicht. /dev/plattmix-sr9:",
                                         "Die Schublade des Laufwerks ließ sich nicht bewegen."}));
@@ -242,17 +219,18 @@ TEST_F(CdAudioTest, AnEnhancedDiscsAudioEndsBeforeTheSessionGap) {
 }
 
 TEST_F(CdAudioTest, TheWindowReadsTheDiscWhileTheWorkerPlays) {
-    Load(discgen::AudioThreeTracks(), true);
-    auto& sharedTransport = static_cast<audiocd::CdAudioSharedTransport&>(*shared);
-    ASSERT_TRUE(Send("play cd from 2000").ok());
-    while (Result("status cd mode") == "playing")
+    cd.reset();  // the drive moves into the shared transport
+    std::string emptyHandle = drive->AddDrive("").Value();
+    audiocd::CdAudioSharedTransport sharedTransport(std::move(drive));
+    CdAudio worker(sharedTransport, test::TestSinks(sink));
+    ASSERT_TRUE(worker.SendString("open " + audiocd::MciQuote(handle) + " alias w").ok());
+    ASSERT_TRUE(worker.SendString("play w from 00:02:00").ok());
+    while (worker.SendString("status w mode").result == "playing")
         EXPECT_EQ(audiocd::ReadTrackList(sharedTransport, handle).rows.size(), 3u);
     EXPECT_TRUE(sink->Bytes() == FromFile(0, kLeadOut));
-    EXPECT_TRUE(cd->PlaybackError("cd").empty());
+    EXPECT_TRUE(worker.PlaybackError("w").empty());
 
     // Each thread reads back the sense of its own last command.
-    const auto empty = drive->AddDrive("");
-    std::string emptyHandle = empty.Value();
     EXPECT_NE(modMMC::TestUnitReady(sharedTransport, emptyHandle), 0);
     std::thread other([&] {
         std::string mine = handle;

@@ -10,30 +10,14 @@
 #include "CdText.h"
 #include "Fixtures.h"
 #include "RipRig.h"
-#include "common/ScratchFolder.h"
-#include "imagedrive/clsImageDrive.h"
+#include "common/CdTextCrc.h"
 
 using namespace plattmix;
-using scsi::imagedrive::clsImageDrive;
 
 namespace {
 
 using Bytes = std::vector<uint8_t>;
 using namespace std::string_literals;  // texts with NULs inside
-
-uint16_t BitwiseCrc(const Bytes& bytes, size_t from) {
-    unsigned crc = 0;
-    for (size_t i = from; i < from + 16; ++i) {
-        for (unsigned bit = 8; bit-- > 0;) {
-            const unsigned in = (unsigned{bytes[i]} >> bit) & 1u;
-            const unsigned top = (crc >> 15) & 1u;
-            crc = (crc << 1) & 0xFFFFu;
-            if ((in ^ top) != 0)
-                crc ^= 0x1021u;
-        }
-    }
-    return static_cast<uint16_t>(~crc & 0xFFFFu);
-}
 
 // A reply of the given packs (text up to 12 bytes, padded with NULs), numbered in order, behind
 // the four header bytes.
@@ -53,7 +37,8 @@ Bytes Reply(const std::vector<Pack>& packs) {
         reply.resize(at + 18, 0);
         std::copy_n(pack.text.begin(), std::min<size_t>(pack.text.size(), 12),
                     reply.begin() + static_cast<std::ptrdiff_t>(at + 4));
-        const unsigned crc = BitwiseCrc(reply, at) ^ (pack.goodCrc ? 0u : 1u);
+        const unsigned crc =
+            test::CdTextPackCrc(std::span(reply).subspan(at)) ^ (pack.goodCrc ? 0u : 1u);
         reply[at + 16] = static_cast<uint8_t>(crc >> 8);
         reply[at + 17] = static_cast<uint8_t>(crc & 0xFF);
     }
@@ -111,11 +96,9 @@ TEST(ReadCdText, GeneratedDiscsGiveTheAlbumAndEveryTrack) {
         "ber die Heide, gesammelt und gesungen \xE2\x82\xAC";
     spec.tracks[2].title = spec.tracks[1].title;
     spec.tracks[2].performer = "";
-    const auto disc = test::WrittenDisc(spec, test::ScratchFolder());
-    clsImageDrive drive;
-    const auto handle = drive.AddDrive(disc.cuePath.string());
-    ASSERT_TRUE(handle.ok()) << handle.Error();
-    const auto text = audiocd::ReadCdText(drive, handle.Value());
+    test::RipRig rig(spec);
+    const auto& disc = rig.disc;
+    const auto text = audiocd::ReadCdText(rig.drive, rig.params.handle);
     ASSERT_TRUE(text.has_value());
     EXPECT_EQ(text->albumTitle,
               "Lieder \xC3\xBC"
@@ -132,5 +115,5 @@ TEST(ReadCdText, GeneratedDiscsGiveTheAlbumAndEveryTrack) {
     EXPECT_EQ(text->titles, titles);
     EXPECT_EQ(text->performers, performers);
 
-    EXPECT_FALSE(audiocd::ReadCdText(drive, "no such drive").has_value());
+    EXPECT_FALSE(audiocd::ReadCdText(rig.drive, "no such drive").has_value());
 }

@@ -131,7 +131,9 @@ TEST(RunRipJob, FaultsInTheMiddleOfATrackNeverReportItDone) {
     JobRig rig({1}, "voll");
     EXPECT_TRUE(test::WithFileSizeLimit(44 + 27 * 2352, [&rig] {
         rig.Run();
-        return rig.LastText(0) == "Schreibe..." &&
+        // The header and the first block stay on disk.
+        return test::WholeFile(rig.folder / "out" / "Track01.wav").size() == 44 + 27 * 2352 &&
+               rig.LastText(0) == "Schreibe..." &&
                rig.warnings ==
                    Warnings{"Fehler beim Schreiben der Datei " + rig.params.targetFolder +
                             "Track01.wav: " + std::strerror(EFBIG)};

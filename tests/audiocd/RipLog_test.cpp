@@ -11,31 +11,21 @@
 namespace plattmix::audiocd {
 namespace {
 
-RipLog TwoTracks() {
+TEST(RipLog, SaysPerTrackHowItWasProvenAndSumsUp) {
+    using Kind = AccurateRipVerdict::Kind;
+    const std::string problem = "Die Durchgänge stimmen nicht überein.";
+    const RipLogTrack proven{1, "Track01.flac", RipProof::AccurateRip, {0x0badf00du},
+                             0, 0x1234abcdu,    0x00c0ffeeu,           {Kind::Matching, 12},
+                             ""};
+    const RipLogTrack failed{2,      "Track02.flac", RipProof::None, {0x11111111u, 0x22222222u},
+                             27,     0xau,           0xbu,           {Kind::Differing, 0},
+                             problem};
     RipLog log;
     log.program = "Plattmix 9.9";
     log.drive = "PLEXTOR DVDR   PX-716A  1.11";
     log.offset = 667;
     log.accurateRipId = "002-0000168a-00002d14-0a000502";
-    RipLogTrack proven{
-        1, "Track01.flac", RipProof::AccurateRip, {0x0badf00du},
-        0, 0x1234abcdu,    0x00c0ffeeu,           {AccurateRipVerdict::Kind::Matching, 12},
-        ""};
-    RipLogTrack failed{2,
-                       "Track02.flac",
-                       RipProof::None,
-                       {0x11111111u, 0x22222222u},
-                       27,
-                       0xau,
-                       0xbu,
-                       {AccurateRipVerdict::Kind::Differing, 0},
-                       "Die Durchgänge stimmen nicht überein."};
     log.tracks = {proven, failed};
-    return log;
-}
-
-TEST(RipLog, SaysPerTrackHowItWasProvenAndSumsUp) {
-    const RipLog log = TwoTracks();
     EXPECT_FALSE(log.AllProven());
     EXPECT_EQ(FormatRipLog(log),
               "Plattmix 9.9 - Protokoll des Rippens\n"

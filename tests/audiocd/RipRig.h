@@ -6,8 +6,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <thread>
 #include <utility>
@@ -25,8 +23,8 @@
 namespace plattmix::test {
 
 inline std::vector<uint8_t> FileBytes(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    const std::string bytes = WholeFile(path);
+    return {bytes.begin(), bytes.end()};
 }
 
 // The disc written into folder; an empty description (and a test failure) when it cannot be.

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "AccurateRipFetch.h"
@@ -61,14 +60,9 @@ struct SecureRig : test::RipRig {
         return Written("Track0" + std::to_string(position) + ".wav") == expected;
     }
     std::string Text(const std::string& name) const {
-        const auto bytes = Written(name);
-        return {bytes.begin(), bytes.end()};
+        return test::WholeFile(folder / "out" / name);
     }
 };
-
-std::span<const uint8_t> Text(std::string_view text) {
-    return {reinterpret_cast<const uint8_t*>(text.data()), text.size()};
-}
 
 size_t Count(const std::string& text, const std::string& part) {
     size_t count = 0;
@@ -169,7 +163,9 @@ TEST(SecureRip, TheCueSheetCarriesCatalogIsrcAndPregaps) {
 // The checksum each pass is named by is the common CRC-32 (zlib, cksum -a crc32b), however the
 // bytes arrive (in pieces around its eight-byte steps, or as counted zeros).
 TEST(Crc32, MatchesTheCheckValuePiecewiseAndWithZeros) {
-    EXPECT_EQ(audiocd::Crc32::Of(Text("123456789")), 0xCBF43926u);
+    const std::string digits = "123456789";
+    EXPECT_EQ(audiocd::Crc32::Of({reinterpret_cast<const uint8_t*>(digits.data()), 9}),
+              0xCBF43926u);
     std::vector<uint8_t> data(1000);
     for (size_t i = 0; i < data.size(); ++i)
         data[i] = static_cast<uint8_t>(i * 7 + 3);
@@ -182,7 +178,7 @@ TEST(Crc32, MatchesTheCheckValuePiecewiseAndWithZeros) {
     std::vector<uint8_t> zeros(2352 * 3 + 6, 0);
     zeros[0] = 'x';
     audiocd::Crc32 viaZeros;
-    viaZeros.Update(Text("x"));
+    viaZeros.Update(std::vector<uint8_t>{'x'});
     viaZeros.UpdateZeros(zeros.size() - 1);
     EXPECT_EQ(viaZeros.Value(), audiocd::Crc32::Of(zeros));
 }

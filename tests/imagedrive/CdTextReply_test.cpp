@@ -4,26 +4,11 @@
 #include <gtest/gtest.h>
 
 #include "ImageFixture.h"
+#include "common/CdTextCrc.h"
 #include "imagedrive/CdTextReply.h"
 
 namespace plattmix::scsi::imagedrive::test {
 namespace {
-
-// CRC-16 over the pack's first 16 bytes, bit by bit as written down: polynomial 0x1021, start 0,
-// the result inverted.
-uint16_t BitwiseCrc(const Bytes& bytes, size_t from, size_t count) {
-    unsigned crc = 0;
-    for (size_t i = from; i < from + count; ++i) {
-        for (unsigned bit = 8; bit-- > 0;) {
-            const unsigned in = (unsigned{bytes[i]} >> bit) & 1u;
-            const unsigned top = (crc >> 15) & 1u;
-            crc = (crc << 1) & 0xFFFFu;
-            if ((in ^ top) != 0)
-                crc ^= 0x1021u;
-        }
-    }
-    return static_cast<uint16_t>(~crc & 0xFFFFu);
-}
 
 // Album "Ab" by "Zö", track 1 "Eins", track 2 "Zwei" by "Ü€" (the euro sign has no place in
 // ISO 8859-1).
@@ -70,7 +55,7 @@ TEST_F(CdTextDriveTest, PacksByteForByteWithTheirCrcs) {
     EXPECT_EQ(Slice(out.data, 103, 7), Bytes(7, 0));
 
     for (size_t at = 4; at < kReplyBytes; at += 18) {
-        const uint16_t crc = BitwiseCrc(out.data, at, 16);
+        const uint16_t crc = plattmix::test::CdTextPackCrc(std::span(out.data).subspan(at));
         EXPECT_EQ(Slice(out.data, at + 16, 2), (Bytes{uint8_t(crc >> 8), uint8_t(crc)})) << at;
     }
 }
