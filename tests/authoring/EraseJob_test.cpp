@@ -26,7 +26,7 @@ TEST(EraseJob, WrittenStdioFileIsBlankedOnlyAfterYes) {
     std::ofstream(root / "quelle" / "datei.bin") << std::string(200000, 'x');
     const fs::path disc = root / "disk.iso";
     ASSERT_EQ(isocheck::BuildImage(root / "quelle", disc).result.outcome, IsoOutcome::Done);
-    const std::string written = isocheck::FileBytes(disc);
+    const std::string written = test::WholeFile(disc);
     const auto service = MakeLibburnService();
     const std::string drive = "stdio:" + disc.string();
 
@@ -35,7 +35,7 @@ TEST(EraseJob, WrittenStdioFileIsBlankedOnlyAfterYes) {
               EraseOutcome::Declined);
     EXPECT_EQ(no.questions, std::vector<std::string>{kTextEraseQuestion});
     EXPECT_TRUE(no.busy.empty());
-    EXPECT_EQ(isocheck::FileBytes(disc), written);
+    EXPECT_EQ(test::WholeFile(disc), written);
 
     Seen seen;
     const EraseResult result = EraseDisk(*service, {drive, true}, RecordingEraseHooks(seen));

@@ -61,27 +61,6 @@ TEST_F(FolderListingTest, FilesOfEachLevelBeforeItsSubFoldersDepthFirst) {
                                           : (Names{base + "c", base + "a", base + "a/b"}));
 }
 
-TEST_F(FolderListingTest, LargeFileFromTwoGiBOnAndNamePatterns) {
-    MakeFile(root / "big", kLargeFileSize);
-    EXPECT_EQ(Show(), "2,00 GB");
-    EXPECT_TRUE(listing.ListHasLargeFile);
-
-    MakeFile(root / "big", kLargeFileSize - 1);
-    MakeFile(root / "sub" / "small", 1);
-    EXPECT_EQ(Show(), "2,00 GB");
-    EXPECT_FALSE(listing.ListHasLargeFile);
-    EXPECT_EQ(listing.ListTotal, kLargeFileSize);
-    EXPECT_EQ(listing.ListFiles.size(), 2u);
-    EXPECT_EQ(listing.ListFolders, Names{base + "sub"});
-
-    fs::create_symlink("big", root / "big-link");
-    listing = FolderListing{};
-    ListOrdnerDateien(base, "*.txt", listing, {});
-    ListOrdnerDateien(base, "b*", listing, {});
-    EXPECT_EQ(listing.ListFiles, Names{base + "big"});
-    EXPECT_EQ(listing.ListLinks, Names{base + "big-link"});
-}
-
 // Escape pressed once stops the whole walk: the levels above ask no more, and the listing, being
 // only part of the tree, makes no image.
 TEST_F(FolderListingTest, EscapePressedOnceEndsTheListingAndMakesNoImage) {

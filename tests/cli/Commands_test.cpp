@@ -6,7 +6,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
 #include "DiscWriter.h"
 #include "Fixtures.h"
@@ -91,7 +90,6 @@ TEST(Cli, DamagedSettingsAreLeftAsTheyAre) {
                                                   {"drives"}}) {
         SCOPED_TRACE(words[0] + " " + words[1 % words.size()]);
         RunCli(words);
-        std::ifstream in(settings, std::ios::binary);
-        EXPECT_TRUE(std::string(std::istreambuf_iterator<char>(in), {}) == bytes);
+        EXPECT_TRUE(test::WholeFile(settings) == bytes);
     }
 }

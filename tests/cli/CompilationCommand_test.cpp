@@ -4,7 +4,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
 #include "CliRun.h"
 #include "Commands.h"
@@ -18,11 +17,6 @@ namespace {
 using plattmix::clitest::CliRun;
 using plattmix::clitest::Has;
 using plattmix::clitest::RunCli;
-
-std::string ReadBytes(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
 
 void WriteFile(const fs::path& path, size_t bytes) {
     fs::create_directories(path.parent_path());
@@ -56,14 +50,14 @@ TEST_F(CompilationCli, SaveAndLoad) {
     EXPECT_EQ(loaded.out, "2.00 MB\t" + Path("Mus\xC3\xAFk") + "\n500 Byte\t" +
                               Path("Lied \xF0\x9F\x8E\xB5.mp3") + "\nGesamt: 2.00 MB\n");
 
-    const std::string before = ReadBytes(list);
+    const std::string before = plattmix::test::WholeFile(list);
     const CliRun empty = RunCli({"compilation", "save", list});
     EXPECT_EQ(empty.code, kExitFailed);
     EXPECT_EQ(empty.err, "Keine Daten zum Speichern vorhanden?\n");
     const CliRun missing = RunCli({"compilation", "save", list, Path("weg.txt")});
     EXPECT_EQ(missing.code, kExitFailed);
     EXPECT_TRUE(Has(missing.err, Path("weg.txt"))) << missing.err;
-    EXPECT_EQ(ReadBytes(list), before);
+    EXPECT_EQ(plattmix::test::WholeFile(list), before);
 
     fs::remove_all(Path("Mus\xC3\xAFk"));
     const CliRun partly = RunCli({"compilation", "load", list});

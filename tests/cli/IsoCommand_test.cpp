@@ -35,9 +35,7 @@ TEST(IsoCommand, FolderBecomesImage) {
     EXPECT_NE(run.out.find("Fertig\n"), std::string::npos) << run.out;
     EXPECT_EQ(run.out.find('\r'), std::string::npos);  // no bar outside a terminal
 
-    const authoring::IsoTreeReader reader(image);
-    EXPECT_EQ(reader.VolumeId(), "Sicherung");
-    ASSERT_NE(reader.Find("Größe.txt"), nullptr);
+    EXPECT_EQ(authoring::IsoTreeReader(image).VolumeId(), "Sicherung");  // the tree is the job's
 
     // On a terminal the bar runs up to 100 % before the outcome.
     const CliRun bar = RunIso({(folder / "quelle").string(), image}, true);

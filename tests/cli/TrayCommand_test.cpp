@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <sstream>
 
 #include "CliRun.h"
@@ -47,8 +45,8 @@ Disc Write(const discgen::DiscSpec& spec) {
     EXPECT_TRUE(written.ok()) << written.error;
     if (!written.ok())
         return {};
-    std::ifstream in(written.value->files.back().path, std::ios::binary);
-    return {written.value->cuePath.string(), Bytes(std::istreambuf_iterator<char>(in), {})};
+    const std::string audio = test::WholeFile(written.value->files.back().path);
+    return {written.value->cuePath.string(), Bytes(audio.begin(), audio.end())};
 }
 
 Bytes Sectors(const Bytes& audio, int32_t from, int32_t to) {
