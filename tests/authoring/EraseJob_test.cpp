@@ -57,7 +57,6 @@ TEST(EraseJob, WrittenStdioFileIsBlankedOnlyAfterYes) {
 TEST(EraseJob, WhatCannotBeErasedIsNotAsked) {
     const std::pair<int, MediaState> media[] = {
         {kProfileDvdMinusRwSequential, MediaState::Appendable},
-        {kProfileDvdMinusRwOverwrite, MediaState::Closed},
         {0x09, MediaState::Closed},  // CD-R
         {kProfileCdRw, MediaState::NoDisc},
         {kProfileCdRw, MediaState::NoRecorder},

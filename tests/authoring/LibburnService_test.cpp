@@ -49,8 +49,6 @@ TEST_F(LibburnServiceTest, StateOfAFileByWhatItHolds) {
     EXPECT_EQ(missing.freeBlocks, missing.totalSectors);
     EXPECT_FALSE(fs::exists(root / "neu.iso"));
     EXPECT_EQ(service->LastProfile(), kProfileStdioFile);
-    std::ofstream(root / "leer.iso").close();
-    EXPECT_EQ(QueryFile(root / "leer.iso").state, MediaState::Blank);
 
     std::ofstream(root / "text.bin") << std::string(5000, 'x');
     EXPECT_EQ(QueryFile(root / "text.bin").state, MediaState::Closed);
@@ -58,8 +56,7 @@ TEST_F(LibburnServiceTest, StateOfAFileByWhatItHolds) {
 
 TEST_F(LibburnServiceTest, AddressesWithoutAWritableDriveAreNoRecorder) {
     EXPECT_EQ(QueryFile(root / "no" / "such" / "folder" / "x.iso").state, MediaState::NoRecorder);
-    EXPECT_NE(service->LastMessage(), "");  // the library said why
-    EXPECT_EQ(Query("/dev/nonexistent").state, MediaState::NoRecorder);
+    EXPECT_NE(service->LastMessage(), "");                     // the library said why
     EXPECT_EQ(Query("stdio:").state, MediaState::NoRecorder);  // libburn's null drive
     EXPECT_EQ(QueryFile(root).state, MediaState::NoRecorder);  // a folder
     EXPECT_EQ(Query("").state, MediaState::NoRecorder);        // no drive chosen
