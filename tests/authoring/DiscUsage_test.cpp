@@ -48,7 +48,8 @@ TEST(DiskUsage, NoDiscClosedDiscAndNoFreeSpace) {
     EXPECT_EQ(closed.compilation.newWidth, 0);
 }
 
-TEST(DiskUsage, BlankDiscAndAnExactFitIsTooLarge) {
+// A disc with room: an exact fit is too large; whole numbers on the label, bars in proportion.
+TEST(DiskUsage, DiscWithRoom) {
     const DiskInfo blank = Info(MediaState::Blank, 702 * kSectorsPerMB, 702 * kSectorsPerMB);
     const Checked exact = Check(blank, 702 * kMB);
     EXPECT_EQ(exact.usage.label4, "0 % der Disk belegt 0 / 702 MB");
@@ -61,9 +62,7 @@ TEST(DiskUsage, BlankDiscAndAnExactFitIsTooLarge) {
     EXPECT_FALSE(Check(blank, 0).compilation.newShown);
     // More than 4 GiB does not wrap.
     EXPECT_EQ(Info(MediaState::Blank, 12219392, 12219392).total, 25025314816.0);
-}
 
-TEST(DiskUsage, WrittenDiscShowsWholeNumbersAndProportionalBars) {
     // 1000 MB in all, 250 MB and one block free: 749.998 MB used.
     const DiskInfo info =
         Info(MediaState::Appendable, 1000 * kSectorsPerMB, 250 * kSectorsPerMB + 1);

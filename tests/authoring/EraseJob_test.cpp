@@ -53,11 +53,11 @@ TEST(EraseJob, WrittenStdioFileIsBlankedOnlyAfterYes) {
     EXPECT_TRUE(again.questions.empty());
 }
 
-// DVD-RW, CD-R, no disc, no recorder: the same message, nothing asked, nothing touched.
-TEST(EraseJob, WhatCannotBeErasedIsNotAsked) {
+// DVD-RW, no disc, no recorder: the same message, nothing asked, nothing touched. A blanking that
+// fails is not ejected.
+TEST(EraseJob, WhatCannotBeErasedIsNotAskedAndAFailureNotEjected) {
     const std::pair<int, MediaState> media[] = {
         {kProfileDvdMinusRwSequential, MediaState::Appendable},
-        {0x09, MediaState::Closed},  // CD-R
         {kProfileCdRw, MediaState::NoDisc},
         {kProfileCdRw, MediaState::NoRecorder},
     };
@@ -75,9 +75,7 @@ TEST(EraseJob, WhatCannotBeErasedIsNotAsked) {
         EXPECT_TRUE(seen.questions.empty());
         EXPECT_FALSE(service.calls.blanked);
     }
-}
 
-TEST(EraseJob, FailedBlankingIsNotEjected) {
     ScriptedBurnService service;
     service.script.info.profile = kProfileDvdPlusRw;
     service.script.info.state = MediaState::Closed;

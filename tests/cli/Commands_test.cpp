@@ -14,13 +14,8 @@
 
 using namespace plattmix;
 using namespace plattmix::cli;
-
-namespace {
-
 using plattmix::clitest::CliRun;
 using plattmix::clitest::RunCli;
-
-}  // namespace
 
 // The enhanced disc's audio ends at its session's lead-out, not at the data session's start.
 TEST(Cli, DrivesAndTocOfAnImage) {

@@ -2,7 +2,6 @@
 // messages and the bytes played (the real audio output is the cdaudio device's test).
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <sstream>
 
 #include "CliRun.h"
@@ -15,7 +14,6 @@
 
 using namespace plattmix;
 using namespace plattmix::cli;
-namespace fs = std::filesystem;
 
 namespace {
 
