@@ -2,12 +2,11 @@
 // the image must carry in more than one piece; files that change while they are read.
 #include "IsoImage.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
+#include <fstream>
 #include <set>
 
 #include "FileContent.h"
@@ -130,20 +129,17 @@ TEST(IsoNoFiles, FoldersAloneWriteNothing) {
 std::string BytesThroughExtents(const fs::path& image, const IsoTreeEntry& entry, int64_t offset,
                                 int64_t size) {
     std::string bytes(static_cast<size_t>(size), '\0');
-    const int fd = open(image.c_str(), O_RDONLY | O_CLOEXEC);
+    std::ifstream in(image, std::ios::binary);
     int64_t start = 0;  // the file offset where the current extent begins
     for (const IsoExtent& extent : entry.extents) {
         const int64_t from = std::max(offset, start);
         const int64_t to = std::min(offset + size, start + extent.size);
         if (from < to) {
-            const auto count = static_cast<size_t>(to - from);
-            EXPECT_EQ(pread(fd, &bytes[static_cast<size_t>(from - offset)], count,
-                            static_cast<off_t>(extent.offset + from - start)),
-                      static_cast<ssize_t>(count));
+            in.seekg(extent.offset + from - start);
+            EXPECT_TRUE(in.read(&bytes[static_cast<size_t>(from - offset)], to - from).good());
         }
         start += extent.size;
     }
-    close(fd);
     return bytes;
 }
 
