@@ -98,8 +98,4 @@ int64_t DateiGroesse(const std::string& path) {
     return size;
 }
 
-uint64_t FindDataGroesse(uint32_t low, uint32_t high) {
-    return (static_cast<uint64_t>(high) << 32) | low;
-}
-
 }  // namespace plattmix::authoring

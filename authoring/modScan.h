@@ -33,7 +33,4 @@ std::string OrdnerGroesse(std::string& path, ScanState& state, const ScanHooks& 
 // 0 when it was opened but its size could not be read.
 int64_t DateiGroesse(const std::string& path);
 
-// high * 4294967296 + low, both words taken as unsigned.
-uint64_t FindDataGroesse(uint32_t low, uint32_t high);
-
 }  // namespace plattmix::authoring

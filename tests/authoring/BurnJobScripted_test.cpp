@@ -1,6 +1,6 @@
 // The burn jobs' decisions on media and drive answers no "stdio:" pseudo-drive gives: the
-// question and the close rule of an appendable disc, the refusals, Escape while writing, and the
-// check's read errors. Eject only after success.
+// question and the close rule of an appendable disc, the refusals, and the check's read errors.
+// Eject only after success.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -53,11 +53,10 @@ class ScriptedBurnTest : public ::testing::Test {
         return BurnZusammenstellung(service, params, RecordingHooks(seen));
     }
 
-    BurnResult Image(ScriptedBurnService& service, Seen& seen, bool verify = false,
-                     std::function<bool()> escape = nullptr) {
+    BurnResult Image(ScriptedBurnService& service, Seen& seen, bool verify = false) {
         BurnIsoParams params{"/dev/sr0", iso, false, true};
         params.verify = verify;
-        return BurnIsoImage(service, params, RecordingHooks(seen, true, std::move(escape)));
+        return BurnIsoImage(service, params, RecordingHooks(seen));
     }
 };
 
@@ -88,28 +87,25 @@ TEST_F(ScriptedBurnTest, RefusalsOfTheDriveAndTheMedium) {
     struct Case {
         bool compilation;
         RecorderInfo info;
-        WriteError start, finish;
+        WriteError start;
         std::string text;
     };
     const Case cases[] = {
-        {true, Disc(MediaState::Closed), {}, {}, kTextNoMultisession},
-        {true, Disc(MediaState::Appendable, true, 2), {}, {}, kTextCompilationTooLarge},
-        {true, Disc(MediaState::Blank), WriteError::StreamTooLarge, {}, kTextCompilationTooLarge},
-        {true, Disc(MediaState::Blank), {}, WriteError::Failed, kTextBurnFailed},
-        {false, Disc(MediaState::NoDisc), {}, {}, kTextMediaNotSupported},
-        {false, Disc(MediaState::Blank, false, 19), {}, {}, kTextIsoTooLarge},  // a block short
-        {false, Disc(MediaState::Blank), WriteError::MediaNotBlank, {}, kTextMediaNotBlank},
-        {false, Disc(MediaState::Blank), WriteError::MediaNotSupported, {}, kTextMediaNotSupported},
-        {false, Disc(MediaState::Blank), WriteError::StreamTooLarge, {}, kTextIsoTooLarge},
-        {false, Disc(MediaState::Blank), WriteError::Failed, {}, kTextBurnFailed},
-        {false, Disc(MediaState::Blank), {}, WriteError::Failed, kTextBurnFailed},
+        {true, Disc(MediaState::Closed), {}, kTextNoMultisession},
+        {true, Disc(MediaState::Appendable, true, 2), {}, kTextCompilationTooLarge},
+        {true, Disc(MediaState::Blank), WriteError::StreamTooLarge, kTextCompilationTooLarge},
+        {false, Disc(MediaState::NoDisc), {}, kTextMediaNotSupported},
+        {false, Disc(MediaState::Blank, false, 19), {}, kTextIsoTooLarge},  // a block short
+        {false, Disc(MediaState::Blank), WriteError::MediaNotBlank, kTextMediaNotBlank},
+        {false, Disc(MediaState::Blank), WriteError::MediaNotSupported, kTextMediaNotSupported},
+        {false, Disc(MediaState::Blank), WriteError::StreamTooLarge, kTextIsoTooLarge},
+        {false, Disc(MediaState::Blank), WriteError::Failed, kTextBurnFailed},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.text);
         ScriptedBurnService service;
         service.script.info = c.info;
         service.script.startError = c.start;
-        service.script.finishError = c.finish;
         Seen seen;
         const BurnResult result = c.compilation ? Compilation(service, seen) : Image(service, seen);
         EXPECT_EQ(result.outcome, BurnOutcome::Failed);
@@ -123,24 +119,6 @@ TEST_F(ScriptedBurnTest, RefusalsOfTheDriveAndTheMedium) {
     none.script.opens = false;
     Seen seen;
     EXPECT_EQ(Image(none, seen).status, "RECORDER NOT SUPPORTED");
-}
-
-// An image's write; a compilation's is stopped on real libburn in the burn job tests.
-TEST_F(ScriptedBurnTest, EscapeWhileWritingIsAnAbortNotAnError) {
-    ScriptedBurnService service;
-    service.script.info = Disc(MediaState::Blank);
-    service.script.runningPolls = 3;
-    Seen seen;
-    // Pressed once the write shows its progress.
-    const BurnResult result = Image(service, seen, false, [&seen] {
-        return !seen.statuses.empty() && seen.statuses.back().starts_with("Schreibe...");
-    });
-    EXPECT_TRUE(service.calls.cancelled);
-    EXPECT_EQ(result.outcome, BurnOutcome::Aborted);
-    EXPECT_EQ(result.status, kTextActionAborted);
-    EXPECT_EQ(result.listStatus, "Abbruch");
-    EXPECT_FALSE(seen.Showed(kTextBurnFailed));
-    EXPECT_FALSE(service.calls.ejected);
 }
 
 // The check after an image burn names the first sector that cannot be read (the disc ending

@@ -2,6 +2,7 @@
 // user would have seen.
 #pragma once
 
+#include <algorithm>
 #include <functional>
 #include <string>
 #include <utility>
@@ -20,11 +21,8 @@ struct Seen {
     std::vector<bool> busy;
 
     bool Showed(const std::string& text) const {
-        for (const auto& [message, icon] : messages) {
-            if (message == text)
-                return true;
-        }
-        return false;
+        return std::ranges::any_of(messages,
+                                   [&](const auto& shown) { return shown.first == text; });
     }
 };
 

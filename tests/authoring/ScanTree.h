@@ -2,13 +2,9 @@
 // in which a folder's entries are read.
 #pragma once
 
-#include <dirent.h>
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <unistd.h>
-
 #include <cstdint>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -18,10 +14,8 @@ inline constexpr int64_t kGiB = int64_t{1} << 30;
 
 inline void MakeFile(const std::filesystem::path& path, int64_t size) {
     std::filesystem::create_directories(path.parent_path());
-    const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-    ASSERT_GE(fd, 0) << path;
-    EXPECT_EQ(ftruncate(fd, static_cast<off_t>(size)), 0) << path;
-    close(fd);
+    std::ofstream(path).close();
+    std::filesystem::resize_file(path, static_cast<std::uintmax_t>(size));
 }
 
 // Names as readdir hands them out, "." and ".." left out.

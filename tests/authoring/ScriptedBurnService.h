@@ -8,18 +8,16 @@
 #include <optional>
 #include <string>
 
-#include "BurnProgress.h"
 #include "BurnService.h"
 #include "CompilationImage.h"
 
 namespace plattmix::authoring::burntest {
 
 struct Script {
+    MediaInfo media;  // what a query finds
     bool opens = true;
     RecorderInfo info;
     WriteError startError = WriteError::None;
-    int runningPolls = 0;  // how often Poll reports data being written before the drive is idle
-    WriteError finishError = WriteError::None;
     bool blankWorks = true;
     // What the drive reads back after the write, from block 0 on; reading stops before the
     // block readErrorAt when it is set.
@@ -29,7 +27,6 @@ struct Script {
 
 struct Calls {
     std::optional<bool> closeDisc;
-    bool cancelled = false;
     bool blanked = false;
     bool ejected = false;
 };
@@ -51,18 +48,13 @@ class ScriptedRecorder final : public IRecorder {
         return Start(closeDisc);
     }
 
-    WriteProgress Poll() override {
+    WriteProgress Poll() override {  // the write is over at once
         WriteProgress progress;
-        progress.running = !calls_.cancelled && polls_++ < script_.runningPolls;
-        progress.action = kActionWritingData;
+        progress.running = false;
         return progress;
     }
-
-    void CancelWrite() override { calls_.cancelled = true; }
-
-    WriteError FinishWrite(bool) override {
-        return calls_.cancelled ? WriteError::Failed : script_.finishError;
-    }
+    void CancelWrite() override {}
+    WriteError FinishWrite(bool) override { return WriteError::None; }
 
     bool StartQuickBlank() override { return calls_.blanked = true; }
     bool FinishBlank() override { return script_.blankWorks; }
@@ -92,7 +84,6 @@ class ScriptedRecorder final : public IRecorder {
     const Script& script_;
     Calls& calls_;
     std::shared_ptr<Iso_Image> image_;
-    int polls_ = 0;
 };
 
 class ScriptedBurnService final : public IBurnService {
@@ -100,7 +91,7 @@ class ScriptedBurnService final : public IBurnService {
     Script script;
     Calls calls;
 
-    MediaInfo QueryMedia(const std::string&) override { return {}; }
+    MediaInfo QueryMedia(const std::string&) override { return script.media; }
 
     std::unique_ptr<IRecorder> OpenRecorder(const std::string&, MediaState& why) override {
         if (!script.opens) {

@@ -34,13 +34,6 @@ inline bool Has(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
 }
 
-// The same with the command word in front.
-inline CliRun RunCommandWords(const std::string& command, std::vector<std::string> words,
-                              bool terminal = false) {
-    words.insert(words.begin(), command);
-    return RunCli(words, terminal);
-}
-
 // Sets an environment variable for the object's lifetime.
 class ScopedEnv {
   public:

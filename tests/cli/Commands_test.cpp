@@ -6,7 +6,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
 #include "DiscWriter.h"
 #include "Fixtures.h"
@@ -15,13 +14,8 @@
 
 using namespace plattmix;
 using namespace plattmix::cli;
-
-namespace {
-
 using plattmix::clitest::CliRun;
 using plattmix::clitest::RunCli;
-
-}  // namespace
 
 // The enhanced disc's audio ends at its session's lead-out, not at the data session's start.
 TEST(Cli, DrivesAndTocOfAnImage) {
@@ -91,7 +85,6 @@ TEST(Cli, DamagedSettingsAreLeftAsTheyAre) {
                                                   {"drives"}}) {
         SCOPED_TRACE(words[0] + " " + words[1 % words.size()]);
         RunCli(words);
-        std::ifstream in(settings, std::ios::binary);
-        EXPECT_TRUE(std::string(std::istreambuf_iterator<char>(in), {}) == bytes);
+        EXPECT_TRUE(test::WholeFile(settings) == bytes);
     }
 }

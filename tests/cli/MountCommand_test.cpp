@@ -22,7 +22,6 @@ TEST(MountCommand, UsageAndNoService) {
         EXPECT_EQ(run.err,
                   "Die ISO-Datei fehlt.\nAufruf: plattmix-cli " + command + " ABBILD.iso\n");
         EXPECT_EQ(RunCli({command, "a.iso", "b.iso"}).code, kExitUsage);
-        EXPECT_EQ(RunCli({command, "a.iso", "--drive", "/dev/sr0"}).code, kExitUsage);
     }
 
     const ParseResult parsed = ParseCommandLine({"mount", "/x.iso"});
