@@ -31,7 +31,9 @@ std::string Line(const std::string& label, const std::string& value, bool indent
 std::string TrackText(const RipLogTrack& track) {
     std::string crcs;
     for (const uint32_t crc : track.passCrcs) {
-        crcs += (crcs.empty() ? "" : " ") + Hex8Text(crc);
+        if (!crcs.empty())
+            crcs += ' ';
+        crcs += Hex8Text(crc);
     }
     std::string text = "Track " + NumberText(track.number) + "\n";
     text += Line("Datei", track.fileName);
@@ -78,7 +80,8 @@ std::string FormatRipLog(const RipLog& log) {
     std::string text = log.program + " - Protokoll des Rippens\n\n";
     text += Line("Laufwerk", log.drive, false);
     text += Line("Leseversatz",
-                 (log.offset > 0 ? "+" : "") + std::to_string(log.offset) + " Samples", false);
+                 std::string(log.offset > 0 ? "+" : "") + std::to_string(log.offset) + " Samples",
+                 false);
     text += Line("Modus",
                  log.secure ? "sicher (AccurateRip, sonst Prüfen und Kopieren)"
                             : "einfach (jeder Sektor einmal gelesen)",

@@ -49,10 +49,13 @@ constexpr const char* kBurnUsage =
 constexpr const char* kEraseUsage = "Aufruf: plattmix-cli erase --drive LAUFWERK [--eject] [--yes]";
 
 // Message boxes hold Windows line breaks; a terminal wants plain ones.
-std::string Lines(std::string text) {
-    for (size_t at = text.find("\r\n"); at != std::string::npos; at = text.find("\r\n", at))
-        text.replace(at, 2, "\n");
-    return text;
+std::string Lines(const std::string& text) {
+    std::string lines;
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '\r' || i + 1 == text.size() || text[i + 1] != '\n')
+            lines += text[i];
+    }
+    return lines;
 }
 
 bool Has(const CliArgs& args, const std::string& name) {
