@@ -32,10 +32,11 @@ std::string Isrc(scsi::ISCSI& transport, std::string& handle, int track) {
 // every sector read belongs to the track's INDEX 00: a few sectors first, which is all a track
 // without a pregap costs, then a window at a time.
 int32_t Pregap(scsi::ISCSI& transport, std::string& handle, int track, int32_t start,
-               int32_t earliest) {
+               int32_t earliest, const std::function<void()>& yield) {
     std::vector<uint8_t> buffer;
     int32_t pregap = 0;
     while (start - pregap > earliest) {
+        yield();
         const int32_t wanted = pregap == 0 ? kPregapProbeSectors : kPregapWindowSectors;
         const int32_t count = std::min(wanted, start - pregap - earliest);
         const int32_t first = start - pregap - count;
@@ -65,16 +66,17 @@ int32_t EarliestPregapLba(const SessionToc& toc, size_t index) {
 }  // namespace
 
 DiscSubchannel ReadDiscSubchannel(scsi::ISCSI& transport, std::string& handle,
-                                  const SessionToc& toc) {
+                                  const SessionToc& toc, const std::function<void()>& yield) {
     DiscSubchannel subchannel;
     subchannel.catalog = Catalog(transport, handle);
     for (size_t i = 0; i < toc.tracks.size(); ++i) {
         const TocTrack& track = toc.tracks[i];
         if (track.data)
             continue;
-        subchannel.tracks[track.number] = {
-            Isrc(transport, handle, track.number),
-            Pregap(transport, handle, track.number, track.startLba, EarliestPregapLba(toc, i))};
+        yield();
+        subchannel.tracks[track.number] = {Isrc(transport, handle, track.number),
+                                           Pregap(transport, handle, track.number, track.startLba,
+                                                  EarliestPregapLba(toc, i), yield)};
     }
     return subchannel;
 }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 
@@ -28,8 +29,9 @@ struct DiscSubchannel {
 inline constexpr int32_t kPregapProbeSectors = 8;
 inline constexpr int32_t kPregapWindowSectors = 300;
 
+// yield is called between reads, so that the window stays alive on a slow drive.
 DiscSubchannel ReadDiscSubchannel(scsi::ISCSI& transport, std::string& handle,
-                                  const SessionToc& toc);
+                                  const SessionToc& toc, const std::function<void()>& yield);
 
 // Puts the catalog number and each track's ISRC and pregap into the sheet.
 void ApplyDiscSubchannel(const DiscSubchannel& subchannel, RipCue& cue);

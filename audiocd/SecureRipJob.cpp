@@ -283,7 +283,7 @@ SecureRipResult SecureRun::Run() {
     }
     toc_ = std::move(*toc);
     c2_ = modMMC::DriveReportsC2(transport_, handle_);
-    subchannel_ = ReadDiscSubchannel(transport_, handle_, toc_);
+    subchannel_ = ReadDiscSubchannel(transport_, handle_, toc_, [this] { hooks_.Yield(); });
     FetchRecord();
     result_.accurateRipStatus = record_.error;
     for (size_t row = 0; row < params_.rip.rows.size() && row < toc_.tracks.size(); ++row) {
