@@ -83,6 +83,10 @@ uint8_t ToBcd(int value) {
     return static_cast<uint8_t>(((value / 10) << 4) | (value % 10));
 }
 
+std::array<uint8_t, 3> ToBcd(const MSF& msf) {
+    return {ToBcd(msf.minute), ToBcd(msf.second), ToBcd(msf.frame)};
+}
+
 int FromBcd(uint8_t value) {
     return (value >> 4) * 10 + (value & 0x0F);
 }

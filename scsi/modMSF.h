@@ -41,6 +41,8 @@ MSF MakeMSF(std::string_view text);
 // Two decimal digits in one byte, as sector headers and the Q sub-channel carry them.
 uint8_t ToBcd(int value);
 int FromBcd(uint8_t value);
+// Minute, second and frame as three BCD bytes.
+std::array<uint8_t, 3> ToBcd(const MSF& msf);
 
 std::string MSFToString(const MSF& msf);
 std::string ByteToBinary(uint8_t x);

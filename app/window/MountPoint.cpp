@@ -3,9 +3,6 @@
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 
-#include <fstream>
-#include <sstream>
-
 #include "MountTable.h"
 
 namespace plattmix::window {
@@ -33,11 +30,10 @@ std::string MajorMinorOf(const std::string& node) {
     return std::to_string(major(info.st_rdev)) + ":" + std::to_string(minor(info.st_rdev));
 }
 
-}  // namespace
-
-std::string MountPointFromMountInfo(std::string_view mountInfo, const std::string& node,
-                                    const std::string& majorMinor) {
-    for (const vdrive::MountEntry& entry : vdrive::ParseMountInfo(mountInfo)) {
+// The mount point of the first entry whose source is node or whose device number is majorMinor.
+std::string MountPointIn(const std::vector<vdrive::MountEntry>& table, const std::string& node,
+                         const std::string& majorMinor) {
+    for (const vdrive::MountEntry& entry : table) {
         const std::string number = std::to_string(entry.major) + ":" + std::to_string(entry.minor);
         if (entry.source == node || (!majorMinor.empty() && number == majorMinor))
             return WithSlash(entry.mountPoint);
@@ -45,14 +41,18 @@ std::string MountPointFromMountInfo(std::string_view mountInfo, const std::strin
     return {};
 }
 
+}  // namespace
+
+std::string MountPointFromMountInfo(std::string_view mountInfo, const std::string& node,
+                                    const std::string& majorMinor) {
+    return MountPointIn(vdrive::ParseMountInfo(mountInfo), node, majorMinor);
+}
+
 std::string DriveRootOf(const std::string& blockNode) {
     const std::string node = NodePath(blockNode);
     if (node.empty())
         return {};
-    std::ifstream file("/proc/self/mountinfo");
-    std::stringstream text;
-    text << file.rdbuf();
-    return MountPointFromMountInfo(text.str(), node, MajorMinorOf(node));
+    return MountPointIn(vdrive::ReadMountTable(), node, MajorMinorOf(node));
 }
 
 }  // namespace plattmix::window

@@ -94,10 +94,7 @@ void WriteSyncAndHeader(int32_t lba, uint8_t mode, std::span<uint8_t, kRawSector
     sector[0] = 0x00;
     std::fill(sector.begin() + 1, sector.begin() + 11, uint8_t{0xFF});
     sector[11] = 0x00;
-    const int32_t frames = lba + 150;
-    sector[12] = modMSF::ToBcd(frames / (60 * 75));
-    sector[13] = modMSF::ToBcd((frames / 75) % 60);
-    sector[14] = modMSF::ToBcd(frames % 75);
+    std::ranges::copy(modMSF::ToBcd(modMSF::LBAToMSF(lba)), sector.begin() + 12);
     sector[15] = mode;
 }
 

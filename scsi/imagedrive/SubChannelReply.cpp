@@ -30,10 +30,8 @@ Reply TextReply(uint8_t format, const std::string& text) {
 }
 
 void PutMsf(std::array<uint8_t, 16>& q, size_t at, int32_t frames) {
-    const modMSF::MSF msf = modMSF::LBAToMSF(frames - modMSF::kPregapFrames);
-    q[at] = modMSF::ToBcd(msf.minute);
-    q[at + 1] = modMSF::ToBcd(msf.second);
-    q[at + 2] = modMSF::ToBcd(msf.frame);
+    std::ranges::copy(modMSF::ToBcd(modMSF::LBAToMSF(frames - modMSF::kPregapFrames)),
+                      q.begin() + static_cast<std::ptrdiff_t>(at));
 }
 
 }  // namespace
